@@ -1,0 +1,37 @@
+# How this project compiles its own code. Nothing here reaches those who link the library: warnings and sanitizers are
+# our own affair.
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+if(PROJECT_IS_TOP_LEVEL)
+  # One folder for programs and one for libraries, as in an installation.
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+  find_program(ZELM_CCACHE ccache)
+  if(ZELM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${ZELM_CCACHE}")
+  endif()
+endif()
+
+add_library(zelm_settings INTERFACE)
+target_compile_options(zelm_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+  # A fused multiply-add would change the last digits of text-to-double conversions on some processors only.
+  -ffp-contract=off)
+if(ZELM_WARNINGS_AS_ERRORS)
+  target_compile_options(zelm_settings INTERFACE -Werror)
+endif()
+if(ZELM_SANITIZE)
+  target_compile_options(zelm_settings INTERFACE
+    -fsanitize=${ZELM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(zelm_settings INTERFACE -fsanitize=${ZELM_SANITIZE})
+endif()
+if(ZELM_COVERAGE)
+  target_compile_options(zelm_settings INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(zelm_settings INTERFACE --coverage)
+endif()

@@ -1,0 +1,148 @@
+#include "zelm/core/exceptions.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <type_traits>
+
+namespace Zelm::Exception {
+namespace {
+
+struct PrefixCase {
+    char const* name;
+    std::function<std::string(std::string const&)> textOf;
+    std::string prefix;
+};
+
+template <class E> std::string textOf(std::string const& message)
+{
+    return E(message).what();
+}
+
+PrefixCase const prefixCases[] = {
+    {"Base", textOf<Base>, ""},
+    {"UnknownException", textOf<UnknownException>, ""},
+    {"InvalidParameter", textOf<InvalidParameter>, "Invalid Parameter: "},
+    {"InconsistentParameters", textOf<InconsistentParameters>, "Inconsistent Parameters: "},
+    {"InsufficientResources", textOf<InsufficientResources>, "Insufficient Resources: "},
+    {"InvalidHandle", textOf<InvalidHandle>, "Invalid Handle: "},
+    {"InvalidOperation", textOf<InvalidOperation>, ""},
+    {"InvalidEnumValue", textOf<InvalidEnumValue>, "Invalid Enum Value: "},
+    {"InvalidEnumLiteral", textOf<InvalidEnumLiteral>, "Invalid Enum Literal: "},
+    {"TransportDisconnected", textOf<TransportDisconnected>, "Internal Error: "},
+};
+
+TEST(Exceptions, putTheirWordInFrontUnlessItStandsInTheTextAlready)
+{
+    for (auto const& row : prefixCases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(row.textOf("x"), row.prefix + "x");
+        EXPECT_EQ(row.textOf(""), row.prefix);
+        EXPECT_EQ(row.textOf(row.prefix + "x"), row.prefix + "x");
+        EXPECT_EQ(row.textOf("in " + row.prefix + "x"), "in " + row.prefix + "x");
+    }
+}
+
+TEST(Exceptions, lookForTheirWordWithItsExactCase)
+{
+    EXPECT_STREQ(InvalidParameter("invalid parameter: x").what(), "Invalid Parameter: invalid parameter: x");
+}
+
+template <class E> void expectCopyKeepsTheText()
+{
+    E const original("some text");
+    E const copy(original);
+
+    EXPECT_STREQ(copy.what(), original.what());
+}
+
+TEST(Exceptions, keepTheirTextWhenCopied)
+{
+    expectCopyKeepsTheText<Base>();
+    expectCopyKeepsTheText<UnknownException>();
+    expectCopyKeepsTheText<InvalidParameter>();
+    expectCopyKeepsTheText<InconsistentParameters>();
+    expectCopyKeepsTheText<InsufficientResources>();
+    expectCopyKeepsTheText<InvalidHandle>();
+    expectCopyKeepsTheText<InvalidOperation>();
+    expectCopyKeepsTheText<InvalidEnumValue>();
+    expectCopyKeepsTheText<InvalidEnumLiteral>();
+    expectCopyKeepsTheText<TransportDisconnected>();
+}
+
+TEST(EnumExceptions, takeTheTextOfAnInvalidOperationWithoutTheirWordOnPurpose)
+{
+    InvalidOperation const operation("x");
+
+    EXPECT_STREQ(InvalidEnumValue(operation).what(), "x");
+    EXPECT_STREQ(InvalidEnumLiteral(operation).what(), "x");
+}
+
+TEST(EnumExceptions, areNoInvalidOperation)
+{
+    EXPECT_FALSE((std::is_base_of_v<InvalidOperation, InvalidEnumValue>));
+    EXPECT_FALSE((std::is_base_of_v<InvalidOperation, InvalidEnumLiteral>));
+    EXPECT_THROW(
+        {
+            try {
+                throw InvalidEnumValue("x");
+            } catch (InvalidOperation const&) {
+                FAIL() << "caught as an InvalidOperation";
+            }
+        },
+        InvalidEnumValue);
+}
+
+template <class E> void expectCaughtAsTheRoots(E const& error)
+{
+    EXPECT_THROW(throw error, Base);
+    EXPECT_THROW(throw error, std::runtime_error);
+}
+
+TEST(Exceptions, areCaughtAsBaseAndAsRuntimeError)
+{
+    expectCaughtAsTheRoots(UnknownException("x"));
+    expectCaughtAsTheRoots(InvalidParameter("x"));
+    expectCaughtAsTheRoots(InconsistentParameters("x"));
+    expectCaughtAsTheRoots(InsufficientResources("x"));
+    expectCaughtAsTheRoots(InvalidHandle("x"));
+    expectCaughtAsTheRoots(InvalidOperation("x"));
+    expectCaughtAsTheRoots(InvalidEnumValue("x"));
+    expectCaughtAsTheRoots(InvalidEnumLiteral("x"));
+    expectCaughtAsTheRoots(TransportDisconnected("x"));
+    expectCaughtAsTheRoots(FailedToCreateComponent("x", "y"));
+    expectCaughtAsTheRoots(MissingComponent("x", "y"));
+    expectCaughtAsTheRoots(MissingLibrary("x", "y"));
+    expectCaughtAsTheRoots(FailedToLoad("x", "y"));
+}
+
+TEST(ComponentExceptions, composeTheirTextFromNameAndDetail)
+{
+    EXPECT_STREQ(FailedToCreateComponent("Motor", "no power").what(),
+                 "Failed to Create Component Type \"Motor\": no power");
+    EXPECT_STREQ(MissingComponent("Motor", "No entry found").what(),
+                 "Failed to Create Component Type \"Motor\": Component not found: No entry found");
+    EXPECT_STREQ(MissingLibrary("libM.so.1", "No entry found").what(),
+                 "Library \"libM.so.1\" was not found: No entry found");
+    EXPECT_STREQ(FailedToLoad("libM.so.1", "no such file").what(),
+                 "Component \"libM.so.1\" failed to load: no such file");
+}
+
+TEST(ComponentExceptions, addTheirWordsEvenIfTheDetailHoldsThemAlready)
+{
+    FailedToCreateComponent const inner("Motor", "x");
+
+    EXPECT_STREQ(FailedToCreateComponent("Motor", inner.what()).what(),
+                 "Failed to Create Component Type \"Motor\": Failed to Create Component Type \"Motor\": x");
+}
+
+TEST(ComponentExceptions, tellAMissingComponentAndALibraryThatFailsToLoadApart)
+{
+    EXPECT_TRUE((std::is_base_of_v<FailedToCreateComponent, MissingComponent>));
+    EXPECT_FALSE((std::is_base_of_v<FailedToCreateComponent, FailedToLoad>));
+    EXPECT_FALSE((std::is_base_of_v<FailedToCreateComponent, MissingLibrary>));
+}
+
+}  // namespace
+}  // namespace Zelm::Exception

@@ -1,0 +1,28 @@
+#include "zelm/core/errors.h"
+
+#include <sstream>
+
+namespace Zelm {
+
+Error::Error() : Error(0, Category::Generic, {}) {}
+
+Error::Error(unsigned int const& code, Category const& category, std::string const& message)
+    : code_(code), category_(category), message_(message)
+{
+}
+
+Error::Error(Error const& other) = default;
+Error& Error::operator=(Error const& other) = default;
+Error::~Error() = default;
+
+std::string Error::info() const
+{
+    if (!message_.empty())
+        return message_;
+
+    std::ostringstream text;
+    text << "ERROR category: " << static_cast<int>(category_) << " code: " << static_cast<int>(code_);
+    return text.str();
+}
+
+}  // namespace Zelm

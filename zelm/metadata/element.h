@@ -1,0 +1,405 @@
+/// @file
+/// The self-describing data model: a tree of values of seven kinds, in the shape of JSON. Everything that is exchanged
+/// or kept goes through it.
+///
+///     Element settings;                                     // Null
+///     settings["port"] = Element(Trivial_T<long>(8080));    // now an Object with one member
+///     Element const& view = settings;
+///     long const port = view["port"].asInt64();
+///
+/// Three decisions set it apart from other JSON trees:
+///  - an Object is a set ordered by member name (unsigned bytes), not by insertion;
+///  - an Element is a value: a copy copies the whole subtree, nothing is shared;
+///  - reading is strict and writing is forgiving. Const access to the wrong kind throws; non-const access to the wrong
+///    kind turns the element into the kind asked for, and the old value is lost without a word. Read through a const
+///    reference unless you mean to write.
+///
+/// Only Number and Integer ever meet: asInt64 takes a Number, asDouble an Integer, and the two compare by the Number's
+/// floor. Any other pair of kinds refuses to convert and is unequal.
+///
+/// References into an element (from operator[], a member, a cast) stay valid until that element is assigned, re-typed
+/// or destroyed; inserting beside it, or at either end of an Array, leaves them valid.
+///
+/// Thread-safety: as standard containers have it. Concurrent const use is fine; any non-const access, operator[] and
+/// the re-typing casts included, is a write.
+#pragma once
+
+#include "zelm/core/exceptions.h"
+#include "zelm/core/export.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+
+namespace Zelm::MetaData {
+
+class Array;
+class Object;
+
+/// Root of this namespace's own failures; keeps its text unchanged. Inside Zelm::MetaData it hides the namespace
+/// Zelm::Exception, so that one is written in full there.
+class ZELM_EXPORT Exception : public Zelm::Exception::Base {
+public:
+    explicit Exception(std::string const& message);
+    ~Exception() override;
+};
+
+enum class ElementType : std::uint16_t {
+    Number = 0,
+    Integer = 1,
+    Boolean = 2,
+    String = 3,
+    Object = 4,
+    Array = 5,
+    Null = 6,
+};
+
+/// The enumerator's own word, or "Unknown" for a value that is no enumerator.
+ZELM_EXPORT char const* ToString(ElementType type);
+
+/// A plain holder of one value: the kinds Number (double), Integer (long), Boolean (bool) and String (std::string).
+/// Converts to the value, so that it reads like one.
+template <class T> class Trivial_T {
+public:
+    Trivial_T() : value_() {}
+    explicit Trivial_T(T const& value) : value_(value) {}
+    explicit Trivial_T(T&& value) : value_(std::move(value)) {}
+    Trivial_T& operator=(T const& value)
+    {
+        value_ = value;
+        return *this;
+    }
+    Trivial_T& operator=(T&& value)
+    {
+        value_ = std::move(value);
+        return *this;
+    }
+
+    operator T&() { return value_; }
+    operator T const&() const { return value_; }
+
+    /// Equality of T, but for double: there it is true if the two differ by less than five times the machine epsilon,
+    /// an absolute tolerance that doesn't scale with the values. NaN and the infinities equal nothing, themselves
+    /// included.
+    bool operator==(Trivial_T const& other) const { return value_ == other.value_; }
+    bool operator!=(Trivial_T const& other) const { return !(*this == other); }
+
+private:
+    T value_;
+};
+
+template <> ZELM_EXPORT bool Trivial_T<double>::operator==(Trivial_T<double> const& other) const;
+
+struct Null {
+    bool operator==(Null const&) const { return true; }
+    bool operator!=(Null const&) const { return false; }
+};
+
+/// The enumerator for a held type; only the seven held types have one.
+template <class T> constexpr ElementType TypeToEnum() = delete;
+template <> constexpr ElementType TypeToEnum<Trivial_T<double>>()
+{
+    return ElementType::Number;
+}
+template <> constexpr ElementType TypeToEnum<Trivial_T<long>>()
+{
+    return ElementType::Integer;
+}
+template <> constexpr ElementType TypeToEnum<Trivial_T<bool>>()
+{
+    return ElementType::Boolean;
+}
+template <> constexpr ElementType TypeToEnum<Trivial_T<std::string>>()
+{
+    return ElementType::String;
+}
+template <> constexpr ElementType TypeToEnum<Object>()
+{
+    return ElementType::Object;
+}
+template <> constexpr ElementType TypeToEnum<Array>()
+{
+    return ElementType::Array;
+}
+template <> constexpr ElementType TypeToEnum<Null>()
+{
+    return ElementType::Null;
+}
+
+/// Is shown the value of an element that it is passed to; see Element::Accept.
+class ZELM_EXPORT ConstVisitor {
+public:
+    virtual ~ConstVisitor();
+    virtual void Visit(Array const&) = 0;
+    virtual void Visit(Object const&) = 0;
+    virtual void Visit(Trivial_T<double> const&) = 0;
+    virtual void Visit(Trivial_T<long> const&) = 0;
+    virtual void Visit(Trivial_T<std::string> const&) = 0;
+    virtual void Visit(Trivial_T<bool> const&) = 0;
+    virtual void Visit(Null const&) = 0;
+};
+
+/// The same with write access.
+class ZELM_EXPORT Visitor {
+public:
+    virtual ~Visitor();
+    virtual void Visit(Array&) = 0;
+    virtual void Visit(Object&) = 0;
+    virtual void Visit(Trivial_T<double>&) = 0;
+    virtual void Visit(Trivial_T<long>&) = 0;
+    virtual void Visit(Trivial_T<std::string>&) = 0;
+    virtual void Visit(Trivial_T<bool>&) = 0;
+    virtual void Visit(Null&) = 0;
+};
+
+/// One value of any kind, with all that hangs below it. The size of a pointer; Null owns no memory.
+class ZELM_EXPORT Element {
+public:
+    Element() noexcept = default;  ///< Null
+    Element(Element const& other);
+    Element(Element&& other) noexcept : imp_(std::exchange(other.imp_, nullptr)) {}  ///< leaves `other` Null
+    Element(Trivial_T<double> const& value);
+    Element(Trivial_T<long> const& value);
+    Element(Trivial_T<bool> const& value);
+    Element(Trivial_T<std::string> const& value);
+    Element(Trivial_T<std::string>&& value);
+    Element(Null const&) noexcept {}
+    Element(Object const& value);
+    Element(Object&& value);
+    Element(Array const& value);
+    Element(Array&& value);
+    ~Element()
+    {
+        if (imp_)
+            destroy(imp_);
+    }
+
+    /// Copies first and drops the old value then: a failing copy leaves the element as it was, and `e = e["a"]` is
+    /// safe. Self-assignment does nothing, so references into the element stay valid.
+    Element& operator=(Element const& other);
+    /// Leaves `other` Null. `e = std::move(e["a"])` is safe; self-assignment does nothing.
+    Element& operator=(Element&& other) noexcept;
+
+    ElementType GetElementType() const noexcept;
+
+    /// Calls the one Visit that fits the held kind, with the held value itself.
+    void Accept(ConstVisitor& visitor) const;
+    void Accept(Visitor& visitor);
+
+    /// Same kind and same value; across kinds, a Number equals the Integer that is its floor (3.999 equals 3, -0.5
+    /// equals -1), in both orders, and nothing else is equal. Not transitive.
+    bool operator==(Element const& other) const;
+    bool operator!=(Element const& other) const { return !(*this == other); }
+
+    /// The member of that name. An element that is no Object becomes an empty one first, whatever it held; a member
+    /// that isn't there is created as Null.
+    Element& operator[](std::string_view name);
+    /// The member of that name.
+    /// Throws Zelm::Exception::InvalidOperation "Looking for <name> in Element which isn't an Object", or
+    /// Zelm::Exception::InvalidParameter "Object member not found: <name>".
+    Element const& operator[](std::string_view name) const;
+    /// The element at that index. An element that is no Array becomes an empty one first, whatever it held; an Array
+    /// that is too short is extended with Nulls.
+    Element& operator[](unsigned long index);
+    /// The element at that index.
+    /// Throws Zelm::Exception::InvalidOperation "Attempting to index into Element which isn't an Array", or
+    /// Zelm::Exception::InvalidParameter "Array out of bounds".
+    Element const& operator[](unsigned long index) const;
+
+    /// The strict casts: the held value, if it is of exactly this kind.
+    /// Throw MetaData::Exception "Bad cast: Can't convert MetaData <kind held> to <kind wanted>".
+    operator Trivial_T<double> const&() const;
+    operator Trivial_T<long> const&() const;
+    operator Trivial_T<bool> const&() const;
+    operator Trivial_T<std::string> const&() const;
+    operator Object const&() const;
+    operator Array const&() const;
+    operator Null const&() const;
+
+    /// The re-typing casts: the held value for writing. An element of another kind is first assigned that kind's
+    /// default value; what it held is dropped and not converted. A cast of a non-const Element takes these, also a
+    /// static_cast<T const&>: use CastTo to read.
+    operator Trivial_T<double>&();
+    operator Trivial_T<long>&();
+    operator Trivial_T<bool>&();
+    operator Trivial_T<std::string>&();
+    operator Object&();
+    operator Array&();
+    operator Null&();
+
+    /// The strict cast to T, whether or not this element is const.
+    template <class T> T const& CastTo() const { return static_cast<T const&>(*this); }
+
+    /// Plain values. The integer forms take an Integer, or a Number truncated toward zero (NaN gives 0, beyond 64 bits
+    /// the nearest limit); the narrow ones keep the low bits of that and check no range. asDouble takes a Number or an
+    /// Integer. Any other kind gives the Bad cast of the strict casts, with "Integer" or "Number" as the wanted kind.
+    bool asBoolean() const;
+    std::string const& asString() const;  ///< the element's own string: valid as long as the element keeps it
+    long asInt64() const;
+    int asInt32() const;
+    short asInt16() const;
+    signed char asInt8() const;
+    unsigned long asUInt64() const;
+    unsigned int asUInt32() const;
+    unsigned short asUInt16() const;
+    unsigned char asUInt8() const;
+    double asDouble() const;
+
+private:
+    class Imp;
+    template <class T> class Imp_t;
+
+    template <class T> T const* castIf() const noexcept;
+    template <class T> T const& strictCast() const;
+    template <class T> T& retypingCast();
+    static void destroy(Imp* imp) noexcept;
+
+    Imp* imp_ = nullptr;  // owned; null stands for the kind Null
+};
+
+static_assert(std::is_nothrow_move_constructible_v<Element> && sizeof(Element) == sizeof(void*));
+
+/// A set of named elements, ordered by name: bytes compared as unsigned values, the shorter name first.
+class ZELM_EXPORT Object {
+public:
+    class ZELM_EXPORT Member {
+    public:
+        Member() = default;
+        Member(std::string const& name, Element const& element) : name_(name), element_(element) {}
+        Member(std::string&& name, Element&& element) noexcept : name_(std::move(name)), element_(std::move(element)) {}
+
+        bool operator==(Member const& other) const;
+        bool operator!=(Member const& other) const { return !(*this == other); }
+        bool operator<(Member const& other) const { return name_ < other.name_; }  ///< by name alone
+
+        std::string& name() { return name_; }
+        std::string const& name() const { return name_; }
+        Element& element() { return element_; }
+        Element const& element() const { return element_; }
+        /// The way to write to a member inside an Object, whose iterators show members as const. Safe, as the order
+        /// depends on the name alone.
+        Element& editableElement() const { return element_; }
+
+    private:
+        std::string name_;
+        mutable Element element_;
+    };
+
+private:
+    struct NameOrder {
+        using is_transparent = void;
+        bool operator()(Member const& a, Member const& b) const { return a.name() < b.name(); }
+        bool operator()(Member const& a, std::string_view b) const { return a.name() < b; }
+        bool operator()(std::string_view a, Member const& b) const { return a < b.name(); }
+    };
+    using Members = std::set<Member, NameOrder>;
+
+public:
+    using value_type = Member;
+    using iterator = Members::iterator;
+    using const_iterator = Members::const_iterator;
+
+    Object() = default;
+    Object(Object const&) = default;
+    Object(Object&&) noexcept = default;  ///< leaves the source empty
+    Object& operator=(Object const& other);
+    Object& operator=(Object&& other) noexcept;
+    ~Object() = default;
+
+    iterator begin() { return members_.begin(); }
+    iterator end() { return members_.end(); }
+    const_iterator begin() const { return members_.begin(); }
+    const_iterator end() const { return members_.end(); }
+    std::size_t size() const { return members_.size(); }
+    bool empty() const { return members_.empty(); }
+
+    /// The member of that name, or end(). Allocates nothing.
+    iterator find(std::string_view name) { return members_.find(name); }
+    const_iterator find(std::string_view name) const { return members_.find(name); }
+
+    /// Adds a member and returns where it stands. `hint` says where it is expected; a wrong one costs time only.
+    /// Throws Zelm::Exception::InvalidParameter "Object member already exists: <name>" and changes nothing.
+    iterator insert(Member const& member, iterator hint);
+    iterator insert(Member&& member, iterator hint);
+    iterator insert(Member const& member) { return insert(member, end()); }
+    iterator insert(Member&& member) { return insert(std::move(member), end()); }
+
+    /// Removes the member there and returns where the one behind it stands.
+    iterator erase(iterator position) { return members_.erase(position); }
+    void clear() { members_.clear(); }
+
+    /// The element of that name, created as Null if it isn't there.
+    Element& operator[](std::string_view name);
+    /// Throws Zelm::Exception::InvalidParameter "Object member not found: <name>".
+    Element const& operator[](std::string_view name) const;
+
+    bool operator==(Object const& other) const { return members_ == other.members_; }
+    bool operator!=(Object const& other) const { return !(*this == other); }
+
+private:
+    const_iterator placeFor(std::string_view name, const_iterator hint) const;
+
+    Members members_;
+};
+
+/// A sequence of elements that grows at both ends without moving what it holds.
+class ZELM_EXPORT Array {
+    using Elements = std::deque<Element>;
+
+public:
+    using value_type = Element;
+    using iterator = Elements::iterator;
+    using const_iterator = Elements::const_iterator;
+
+    Array() noexcept = default;
+    Array(Array const& other);
+    Array(Array&& other) noexcept = default;  ///< leaves the source empty
+    Array& operator=(Array const& other);
+    Array& operator=(Array&& other) noexcept;
+    ~Array() = default;
+
+    iterator begin() { return elements_ ? elements_->begin() : iterator(); }
+    iterator end() { return elements_ ? elements_->end() : iterator(); }
+    const_iterator begin() const { return elements_ ? elements_->cbegin() : const_iterator(); }
+    const_iterator end() const { return elements_ ? elements_->cend() : const_iterator(); }
+    std::size_t size() const { return elements_ ? elements_->size() : 0; }
+    bool empty() const { return size() == 0; }
+
+    /// Puts a copy of the element before `position` and returns where it stands. The element may be one of this Array.
+    iterator insert(Element const& element, iterator position) { return insert(Element(element), position); }
+    iterator insert(Element&& element, iterator position);
+    iterator insert(Element const& element) { return insert(element, end()); }
+    iterator insert(Element&& element) { return insert(std::move(element), end()); }
+
+    /// Removes the element there and returns where the one behind it stands.
+    iterator erase(iterator position) { return elements_->erase(position); }
+    void resize(unsigned long size);  ///< new elements are Null
+    void clear();
+
+    /// The element there; an Array that is too short is extended with Nulls.
+    Element& operator[](unsigned long index);
+    /// Throws Zelm::Exception::InvalidParameter "Array out of bounds".
+    Element const& operator[](unsigned long index) const;
+
+    bool operator==(Array const& other) const;
+    bool operator!=(Array const& other) const { return !(*this == other); }
+
+private:
+    Elements& elements();
+
+    // Behind a pointer, since an empty std::deque owns more than half a KiB and its move constructor may throw.
+    std::unique_ptr<Elements> elements_;
+};
+
+static_assert(std::is_nothrow_move_constructible_v<Object> && std::is_nothrow_move_assignable_v<Object>);
+static_assert(std::is_nothrow_move_constructible_v<Object::Member> &&
+              std::is_nothrow_move_assignable_v<Object::Member>);
+static_assert(std::is_nothrow_move_constructible_v<Array> && std::is_nothrow_move_assignable_v<Array>);
+
+}  // namespace Zelm::MetaData
