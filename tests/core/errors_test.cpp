@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+#include <typeinfo>
+
 namespace Zelm {
 namespace {
 
@@ -58,12 +61,39 @@ TEST(Error, copiesItsThreeFieldsAndReturnsItselfFromAssignment)
     EXPECT_EQ(&result, &target);
 }
 
-TEST(NoError, isFalse)
+TEST(Error, keepsItsOwnTypeWhenAnotherIsAssignedAndLosesItWhenCopiedAsAnError)
+{
+    NoError target;
+    Error& base = target;
+
+    base = InvalidParameter();
+    Error const copy = InvalidParameter();
+
+    EXPECT_EQ(typeid(base), typeid(NoError));
+    EXPECT_EQ(typeid(copy), typeid(Error));
+    EXPECT_EQ(copy.code(), 1u);
+    EXPECT_EQ(copy.info(), "Invalid or out-of-range parameter passed to function.");
+}
+
+TEST(Error, isDestroyedThroughItsBase)
+{
+    EXPECT_TRUE(std::has_virtual_destructor_v<Error>);
+    EXPECT_TRUE(std::is_polymorphic_v<Error>);
+}
+
+TEST(Error, isNotTestedWhileConstOnPurpose)
+{
+    EXPECT_TRUE((std::is_convertible_v<Error&, bool>));
+    EXPECT_FALSE((std::is_convertible_v<Error const&, bool>));
+}
+
+TEST(NoError, isFalseAndHasNoText)
 {
     NoError error;
 
     EXPECT_FALSE(bool(error));
     EXPECT_EQ(error.category(), Error::Category::Generic);
+    EXPECT_EQ(error.info(), "ERROR category: 0 code: 0");
 }
 
 TEST(GenericError, hasTheGenericCategory)

@@ -44,6 +44,11 @@ TEST(Exceptions, putTheirWordInFrontUnlessItStandsInTheTextAlready)
     }
 }
 
+TEST(Exceptions, keepTheirTextWhenCopiedAsBase)
+{
+    EXPECT_STREQ(Base(InvalidHandle("x")).what(), "Invalid Handle: x");
+}
+
 TEST(Exceptions, lookForTheirWordWithItsExactCase)
 {
     EXPECT_STREQ(InvalidParameter("invalid parameter: x").what(), "Invalid Parameter: invalid parameter: x");
@@ -55,6 +60,7 @@ template <class E> void expectCopyKeepsTheText()
     E const copy(original);
 
     EXPECT_STREQ(copy.what(), original.what());
+    EXPECT_TRUE(std::is_nothrow_copy_constructible_v<E>);  // a throw in flight has no room for another
 }
 
 TEST(Exceptions, keepTheirTextWhenCopied)
@@ -77,6 +83,23 @@ TEST(EnumExceptions, takeTheTextOfAnInvalidOperationWithoutTheirWordOnPurpose)
 
     EXPECT_STREQ(InvalidEnumValue(operation).what(), "x");
     EXPECT_STREQ(InvalidEnumLiteral(operation).what(), "x");
+}
+
+TEST(EnumExceptions, areCopiedWithoutTheirWord)
+{
+    InvalidEnumValue const value(InvalidOperation("x"));
+    InvalidEnumLiteral const literal(InvalidOperation("x"));
+
+    EXPECT_STREQ(InvalidEnumValue(value).what(), "x");
+    EXPECT_STREQ(InvalidEnumLiteral(literal).what(), "x");
+}
+
+TEST(EnumExceptions, areMadeFromNoOtherException)
+{
+    EXPECT_TRUE((std::is_convertible_v<InvalidOperation const&, InvalidEnumValue>));
+    EXPECT_TRUE((std::is_convertible_v<InvalidOperation const&, InvalidEnumLiteral>));
+    EXPECT_FALSE((std::is_constructible_v<InvalidEnumValue, Base const&>));
+    EXPECT_FALSE((std::is_constructible_v<InvalidEnumLiteral, Base const&>));
 }
 
 TEST(EnumExceptions, areNoInvalidOperation)

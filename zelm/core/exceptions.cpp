@@ -21,37 +21,37 @@ std::string quoted(std::string const& name)
 }  // namespace
 
 Base::Base(std::string const& message) : std::runtime_error(message) {}
-Base::Base(Base const& other) = default;
+Base::Base(Base const& other) noexcept = default;
 Base::~Base() = default;
 
 UnknownException::UnknownException(std::string const& message) : Base(message) {}
-UnknownException::UnknownException(UnknownException const& other) = default;
+UnknownException::UnknownException(UnknownException const& other) noexcept = default;
 UnknownException::~UnknownException() = default;
 
 InvalidParameter::InvalidParameter(std::string const& message) : Base(ensurePrefix(message, "Invalid Parameter: ")) {}
-InvalidParameter::InvalidParameter(InvalidParameter const& other) = default;
+InvalidParameter::InvalidParameter(InvalidParameter const& other) noexcept = default;
 InvalidParameter::~InvalidParameter() = default;
 
 InconsistentParameters::InconsistentParameters(std::string const& message)
     : Base(ensurePrefix(message, "Inconsistent Parameters: "))
 {
 }
-InconsistentParameters::InconsistentParameters(InconsistentParameters const& other) = default;
+InconsistentParameters::InconsistentParameters(InconsistentParameters const& other) noexcept = default;
 InconsistentParameters::~InconsistentParameters() = default;
 
 InsufficientResources::InsufficientResources(std::string const& message)
     : Base(ensurePrefix(message, "Insufficient Resources: "))
 {
 }
-InsufficientResources::InsufficientResources(InsufficientResources const& other) = default;
+InsufficientResources::InsufficientResources(InsufficientResources const& other) noexcept = default;
 InsufficientResources::~InsufficientResources() = default;
 
 InvalidHandle::InvalidHandle(std::string const& message) : Base(ensurePrefix(message, "Invalid Handle: ")) {}
-InvalidHandle::InvalidHandle(InvalidHandle const& other) = default;
+InvalidHandle::InvalidHandle(InvalidHandle const& other) noexcept = default;
 InvalidHandle::~InvalidHandle() = default;
 
 InvalidOperation::InvalidOperation(std::string const& message) : Base(message) {}
-InvalidOperation::InvalidOperation(InvalidOperation const& other) = default;
+InvalidOperation::InvalidOperation(InvalidOperation const& other) noexcept = default;
 InvalidOperation::~InvalidOperation() = default;
 
 InvalidEnumValue::InvalidEnumValue(std::string const& message) : Base(ensurePrefix(message, "Invalid Enum Value: ")) {}
@@ -70,7 +70,7 @@ TransportDisconnected::TransportDisconnected(std::string const& message)
     : Base(ensurePrefix(message, "Internal Error: "))
 {
 }
-TransportDisconnected::TransportDisconnected(TransportDisconnected const& other) = default;
+TransportDisconnected::TransportDisconnected(TransportDisconnected const& other) noexcept = default;
 TransportDisconnected::~TransportDisconnected() = default;
 
 FailedToCreateComponent::FailedToCreateComponent(std::string const& name, std::string const& detail)

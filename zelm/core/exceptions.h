@@ -22,7 +22,7 @@ namespace Zelm::Exception {
 class ZELM_EXPORT Base : public std::runtime_error {
 public:
     explicit Base(std::string const& message);
-    Base(Base const& other);
+    Base(Base const& other) noexcept;
     Base& operator=(Base const& other) = default;
     ~Base() override;
 };
@@ -31,7 +31,7 @@ public:
 class ZELM_EXPORT UnknownException : public Base {
 public:
     explicit UnknownException(std::string const& message);
-    UnknownException(UnknownException const& other);
+    UnknownException(UnknownException const& other) noexcept;
     UnknownException& operator=(UnknownException const& other) = default;
     ~UnknownException() override;
 };
@@ -40,7 +40,7 @@ public:
 class ZELM_EXPORT InvalidParameter : public Base {
 public:
     explicit InvalidParameter(std::string const& message);
-    InvalidParameter(InvalidParameter const& other);
+    InvalidParameter(InvalidParameter const& other) noexcept;
     InvalidParameter& operator=(InvalidParameter const& other) = default;
     ~InvalidParameter() override;
 };
@@ -49,7 +49,7 @@ public:
 class ZELM_EXPORT InconsistentParameters : public Base {
 public:
     explicit InconsistentParameters(std::string const& message);
-    InconsistentParameters(InconsistentParameters const& other);
+    InconsistentParameters(InconsistentParameters const& other) noexcept;
     InconsistentParameters& operator=(InconsistentParameters const& other) = default;
     ~InconsistentParameters() override;
 };
@@ -58,7 +58,7 @@ public:
 class ZELM_EXPORT InsufficientResources : public Base {
 public:
     explicit InsufficientResources(std::string const& message);
-    InsufficientResources(InsufficientResources const& other);
+    InsufficientResources(InsufficientResources const& other) noexcept;
     InsufficientResources& operator=(InsufficientResources const& other) = default;
     ~InsufficientResources() override;
 };
@@ -67,7 +67,7 @@ public:
 class ZELM_EXPORT InvalidHandle : public Base {
 public:
     explicit InvalidHandle(std::string const& message);
-    InvalidHandle(InvalidHandle const& other);
+    InvalidHandle(InvalidHandle const& other) noexcept;
     InvalidHandle& operator=(InvalidHandle const& other) = default;
     ~InvalidHandle() override;
 };
@@ -76,7 +76,7 @@ public:
 class ZELM_EXPORT InvalidOperation : public Base {
 public:
     explicit InvalidOperation(std::string const& message);
-    InvalidOperation(InvalidOperation const& other);
+    InvalidOperation(InvalidOperation const& other) noexcept;
     InvalidOperation& operator=(InvalidOperation const& other) = default;
     ~InvalidOperation() override;
 };
@@ -107,7 +107,7 @@ public:
 class ZELM_EXPORT TransportDisconnected : public Base {
 public:
     explicit TransportDisconnected(std::string const& message);
-    TransportDisconnected(TransportDisconnected const& other);
+    TransportDisconnected(TransportDisconnected const& other) noexcept;
     TransportDisconnected& operator=(TransportDisconnected const& other) = default;
     ~TransportDisconnected() override;
 };
