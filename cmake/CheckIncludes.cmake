@@ -1,7 +1,7 @@
 # Script for cmake -P: fails if a file of zelm/<FOLDER> includes a folder other than itself and those in MAY_USE.
 cmake_minimum_required(VERSION 3.25)
 string(REPLACE "," ";" allowed "${FOLDER},${MAY_USE}")
-file(GLOB files "${DIR}/*.h" "${DIR}/*.cpp")
+file(GLOB_RECURSE files "${DIR}/*.h" "${DIR}/*.cpp")
 foreach(file IN LISTS files)
   file(STRINGS "${file}" lines REGEX "^#[ ]*include \"zelm/")
   foreach(line IN LISTS lines)

@@ -1,0 +1,276 @@
+#include "zelm/metadata/writer_json.h"
+
+#include "zelm/metadata/private/stream_buffer.h"
+
+#include <array>
+#include <cfenv>
+#include <charconv>
+#include <cmath>
+#include <locale>
+#include <ostream>
+#include <string_view>
+
+namespace Zelm::MetaData {
+
+namespace {
+
+constexpr int significantDigits = 20;
+
+void put(std::ostream& stream, std::string_view text)
+{
+    if (!Private::tryPut(stream, text))
+        stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+}
+
+/// Whether the stream's formatted output of a number is the bare digits of printf in the "C" locale, as std::to_chars
+/// gives them much faster. to_chars always rounds to nearest, where formatted output follows the rounding mode.
+bool formatsNumbersPlainly(std::ostream const& stream)
+{
+    using Flags = std::ios_base;
+    constexpr auto numeric =
+        Flags::basefield | Flags::floatfield | Flags::showbase | Flags::showpoint | Flags::showpos | Flags::uppercase;
+    return stream.width() == 0 && (stream.flags() & numeric) == Flags::dec && std::fegetround() == FE_TONEAREST &&
+           stream.getloc() == std::locale::classic();
+}
+
+/// Whether all digits of the Number fit a long, so that those are its text as well. Not so for -0.0: it keeps its sign.
+bool isExactlyALong(double number)
+{
+    constexpr double limit = 9223372036854775808.0;  // 2^63; below 1e20, from where on the text has an exponent
+    return number > -limit && number < limit && std::trunc(number) == number && !(number == 0 && std::signbit(number));
+}
+
+/// For each byte what stands behind the backslash if it must be escaped, and 0 if it goes out as it is. All other
+/// control characters go out as they are on purpose: no "\u" form is ever written.
+constexpr std::array<char, 256> makeEscapeLetters()
+{
+    std::array<char, 256> letters{};
+    letters['\b'] = 'b';
+    letters['\t'] = 't';
+    letters['\n'] = 'n';
+    letters['\f'] = 'f';
+    letters['\r'] = 'r';
+    letters['"'] = '"';
+    letters['\\'] = '\\';
+    return letters;
+}
+constexpr auto escapeLetters = makeEscapeLetters();
+
+/// Writes in runs: all up to the next byte to escape at once.
+void putQuoted(std::ostream& stream, std::string_view rest)
+{
+    put(stream, "\"");
+    std::size_t run = 0;
+    while (run < rest.size()) {
+        char const letter = escapeLetters[static_cast<unsigned char>(rest[run])];
+        if (letter == 0) {
+            ++run;
+            continue;
+        }
+        char const escape[] = {'\\', letter};
+        put(stream, rest.substr(0, run));
+        put(stream, {escape, sizeof escape});
+        rest.remove_prefix(run + 1);
+        run = 0;
+    }
+    put(stream, rest);
+    put(stream, "\"");
+}
+
+}  // namespace
+
+WriterJson::WriterJson(std::ostream& stream, bool pretty) : stream_(stream), pretty_(pretty) {}
+WriterJson::~WriterJson() = default;
+
+// -------------------------------------------------------------------------------------------------------- interface
+
+template <class T> void WriterJson::writeAndFlush(T const& value, std::ostream& stream, bool pretty)
+{
+    WriterJson writer(stream, pretty);
+    writer.Write_i(value);
+    stream.flush();
+}
+
+void WriterJson::Write(Object const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Array const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Trivial_T<double> const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Trivial_T<long> const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Trivial_T<bool> const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Trivial_T<std::string> const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Null const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+void WriterJson::Write(Element const& value, std::ostream& stream, bool pretty)
+{
+    writeAndFlush(value, stream, pretty);
+}
+
+void WriterJson::Visit(Array const& value)
+{
+    Write_i(value);
+}
+void WriterJson::Visit(Object const& value)
+{
+    Write_i(value);
+}
+void WriterJson::Visit(Trivial_T<double> const& value)
+{
+    Write_i(value);
+}
+void WriterJson::Visit(Trivial_T<long> const& value)
+{
+    Write_i(value);
+}
+void WriterJson::Visit(Trivial_T<std::string> const& value)
+{
+    Write_i(value);
+}
+void WriterJson::Visit(Trivial_T<bool> const& value)
+{
+    Write_i(value);
+}
+void WriterJson::Visit(Null const& value)
+{
+    Write_i(value);
+}
+
+// ----------------------------------------------------------------------------------------------------------- layout
+
+std::string const& WriterJson::endOfLine() const
+{
+    static std::string const lineFeed(1, '\n');
+    static std::string const nothing;
+    return pretty_ ? lineFeed : nothing;
+}
+
+std::string const& WriterJson::indentationString()
+{
+    if (pretty_)
+        indentText_.assign(static_cast<std::size_t>(indentLevel_), '\t');
+    return indentText_;
+}
+
+// ------------------------------------------------------------------------------------------------------- containers
+
+void WriterJson::Write_i(Element const& value)
+{
+    value.Accept(*this);
+}
+
+void WriterJson::Write_i(Object const& value)
+{
+    if (value.empty()) {
+        put(stream_, "{}");
+        return;
+    }
+
+    put(stream_, "{");
+    put(stream_, endOfLine());
+    ++indentLevel_;
+    auto left = value.size();
+    for (auto const& member : value) {
+        put(stream_, indentationString());
+        putQuoted(stream_, member.name());
+        put(stream_, pretty_ ? " : " : ":");
+        Write_i(member.element());
+        if (--left == 0)
+            break;
+        put(stream_, ",");
+        put(stream_, endOfLine());
+    }
+    put(stream_, endOfLine());
+    --indentLevel_;
+    put(stream_, indentationString());
+    put(stream_, "}");
+}
+
+void WriterJson::Write_i(Array const& value)
+{
+    if (value.empty()) {
+        put(stream_, "[]");
+        return;
+    }
+
+    put(stream_, "[");
+    put(stream_, endOfLine());
+    ++indentLevel_;
+    auto left = value.size();
+    for (auto const& element : value) {
+        put(stream_, indentationString());
+        Write_i(element);
+        if (--left != 0)
+            put(stream_, ",");
+        put(stream_, endOfLine());
+    }
+    --indentLevel_;
+    put(stream_, indentationString());
+    put(stream_, "]");
+}
+
+// ---------------------------------------------------------------------------------------------------------- scalars
+
+void WriterJson::Write_i(Trivial_T<double> const& value)
+{
+    double const number = value;
+    stream_.precision(significantDigits);  // and left so, on purpose
+    if (!formatsNumbersPlainly(stream_)) {
+        stream_ << number;
+        return;
+    }
+
+    char text[40];  // sign, 20 digits, point, leading "0.000" or exponent
+    auto const end =
+        isExactlyALong(number)
+            ? std::to_chars(text, text + sizeof text, static_cast<long>(number)).ptr
+            : std::to_chars(text, text + sizeof text, number, std::chars_format::general, significantDigits).ptr;
+    put(stream_, {text, static_cast<std::size_t>(end - text)});
+}
+
+void WriterJson::Write_i(Trivial_T<long> const& value)
+{
+    long const integer = value;
+    if (!formatsNumbersPlainly(stream_)) {
+        stream_ << integer;
+        return;
+    }
+
+    char text[24];
+    auto const end = std::to_chars(text, text + sizeof text, integer).ptr;
+    put(stream_, {text, static_cast<std::size_t>(end - text)});
+}
+
+void WriterJson::Write_i(Trivial_T<bool> const& value)
+{
+    put(stream_, value ? "true" : "false");
+}
+
+void WriterJson::Write_i(Null const&)
+{
+    put(stream_, "null");
+}
+
+void WriterJson::Write_i(Trivial_T<std::string> const& value)
+{
+    putQuoted(stream_, static_cast<std::string const&>(value));
+}
+
+}  // namespace Zelm::MetaData
