@@ -1,0 +1,69 @@
+#include "zelm/transport/connection.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace Zelm::Transport {
+namespace {
+
+static_assert(std::is_abstract_v<ConnectionInterface>);
+static_assert(std::has_virtual_destructor_v<ConnectionInterface>);
+
+// Taken while this program's own static objects are being made.
+std::string const websocketAtLoad = ConnectionInterface::WebsocketType;
+std::string const hostMemBridgeAtLoad = ConnectionInterface::HostMemBridgeType;
+
+TEST(Connection, hasItsTypeNamesFromTheMomentTheLibraryIsLoaded)
+{
+    EXPECT_EQ(websocketAtLoad, "Connection_Websocket");
+    EXPECT_EQ(hostMemBridgeAtLoad, "Connection_HostMemBridge");
+}
+
+/// Writes down how each operation is reached.
+class RecordingConnection : public ConnectionInterface {
+public:
+    explicit RecordingConnection(std::vector<std::string>& log) : log_(log) {}
+    ~RecordingConnection() override { log_.push_back("destroyed"); }
+
+    bool open(std::string const& endpoint) override
+    {
+        log_.push_back("open " + endpoint);
+        return true;
+    }
+    void close() override { log_.push_back("close"); }
+    bool isOpen() const override
+    {
+        log_.push_back("isOpen");
+        return false;
+    }
+    void send(std::string const& payload) override { log_.push_back("send " + payload); }
+    void onReceive(std::function<void(std::string const& payload)> handler) override { handler("received"); }
+    void onClose(std::function<void()> handler) override { handler(); }
+
+private:
+    std::vector<std::string>& log_;
+};
+
+TEST(Connection, reachesTheTransportThroughItsInterface)
+{
+    std::vector<std::string> log;
+    std::unique_ptr<ConnectionInterface> connection = std::make_unique<RecordingConnection>(log);
+
+    EXPECT_TRUE(connection->open("there"));
+    EXPECT_FALSE(std::as_const(*connection).isOpen());
+    connection->send("payload");
+    connection->onReceive([&](std::string const& payload) { log.push_back("handler of " + payload); });
+    connection->onClose([&] { log.push_back("handler of the end"); });
+    connection->close();
+    connection.reset();
+
+    EXPECT_EQ(log, (std::vector<std::string>{"open there", "isOpen", "send payload", "handler of received",
+                                             "handler of the end", "close", "destroyed"}));
+}
+
+}  // namespace
+}  // namespace Zelm::Transport
