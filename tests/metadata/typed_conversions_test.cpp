@@ -1,5 +1,6 @@
 #include "zelm/metadata/typed_conversions.h"
 
+#include "tests/metadata/elements.h"
 #include "tests/support/throws_text.h"
 
 #include <gtest/gtest.h>
@@ -16,53 +17,22 @@
 namespace Zelm::MetaData {
 namespace {
 
-using Testing::throwsText;
+using Testing::array;
+using Testing::boolean;
+using Testing::identical;
+using Testing::integer;
+using Testing::number;
+using Testing::string;
+using Zelm::Testing::throwsText;
 
-Element number(double value)
-{
-    return Element(Trivial_T<double>(value));
-}
-Element integer(long value)
-{
-    return Element(Trivial_T<long>(value));
-}
-Element boolean(bool value)
-{
-    return Element(Trivial_T<bool>(value));
-}
-Element string(std::string const& value)
-{
-    return Element(Trivial_T<std::string>(value));
-}
-Element array(std::vector<Element> const& elements)
-{
-    Array result;
-    for (Element const& element : elements)
-        result.insert(element);
-    return Element(result);
-}
 Element object()
 {
-    Object result;
-    result["a"] = Element();
-    return Element(result);
+    return Testing::object({{"a", Element()}});
 }
 
 std::string badCast(std::string const& actual, std::string const& wanted)
 {
     return "Bad cast: Can't convert MetaData " + actual + " to " + wanted;
-}
-
-// Kind and value, where Element's own equality would take a Number for the Integer that is its floor.
-void expectInteger(Element const& element, long value)
-{
-    ASSERT_EQ(element.GetElementType(), ElementType::Integer);
-    EXPECT_EQ(element.asInt64(), value);
-}
-void expectNumber(Element const& element, double value)
-{
-    ASSERT_EQ(element.GetElementType(), ElementType::Number);
-    EXPECT_EQ(element.asDouble(), value);
 }
 
 // ------------------------------------------------------------------------------------------------- all scalar types
@@ -214,12 +184,12 @@ TEST(TypedConversions, namesBothKindsWhenABooleanIsWantedOfAnInteger)
 
 TEST(TypedConversions, storeNegativeAndUnsignedValuesWithTheirOwnSign)
 {
-    expectInteger(SetAs<unsigned char>(200), 200);
-    expectInteger(SetAs<signed char>(-56), -56);
-    expectInteger(SetAs<unsigned short>(65535), 65535);
-    expectInteger(SetAs<short>(-1), -1);
-    expectInteger(SetAs<unsigned int>(4294967295u), 4294967295);
-    expectInteger(SetAs<int>(-1), -1);
+    EXPECT_PRED2(identical, SetAs<unsigned char>(200), integer(200));
+    EXPECT_PRED2(identical, SetAs<signed char>(-56), integer(-56));
+    EXPECT_PRED2(identical, SetAs<unsigned short>(65535), integer(65535));
+    EXPECT_PRED2(identical, SetAs<short>(-1), integer(-1));
+    EXPECT_PRED2(identical, SetAs<unsigned int>(4294967295u), integer(4294967295));
+    EXPECT_PRED2(identical, SetAs<int>(-1), integer(-1));
     EXPECT_EQ(GetAs<unsigned int>(SetAs<int>(-1)), 4294967295u);
 }
 
@@ -227,13 +197,13 @@ TEST(TypedConversions, keepTheBitsOfALargeUnsignedLongInANegativeIntegerOnPurpos
 {
     Element const element = SetAs<unsigned long>(0x8000000000000001ul);
 
-    expectInteger(element, std::numeric_limits<long>::min() + 1);
+    EXPECT_PRED2(identical, element, integer(std::numeric_limits<long>::min() + 1));
     EXPECT_EQ(GetAs<unsigned long>(element), 0x8000000000000001ul);
 }
 
 TEST(TypedConversions, widenAFloatAsItIs)
 {
-    expectNumber(SetAs<float>(0.1f), 0.10000000149011612);
+    EXPECT_PRED2(identical, SetAs<float>(0.1f), number(0.10000000149011612));
 }
 
 TEST(TypedConversions, giveAnInfinityForADoubleBeyondTheRangeOfFloatOnPurpose)
@@ -395,7 +365,7 @@ TEST(VectorConversion, storesOneElementForEachEntryInItsOrder)
 
     EXPECT_TRUE(strings == array({string("b"), string(""), string("a")}));
     ASSERT_TRUE(ints == array({integer(1), integer(-2)}));
-    expectInteger(std::as_const(ints)[1], -2);
+    EXPECT_PRED2(identical, std::as_const(ints)[1], integer(-2));
 }
 
 TEST(VectorConversion, storesAnEmptyVectorAsAnEmptyArray)
