@@ -1,0 +1,238 @@
+#include "zelm/core/files.h"
+
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Zelm {
+namespace {
+
+using Testing::childArguments;
+using Testing::ChildOptions;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Testing::runChild;
+using Testing::TemporaryDirectory;
+using ::testing::UnorderedElementsAre;
+using Testing::writeFile;
+
+constexpr int everything = IncludeDirectories | IncludeFiles;
+
+std::vector<std::string> pathsOf(std::list<FileInfo> const& list)
+{
+    std::vector<std::string> result;
+    for (auto const& info : list)
+        result.push_back(info.path);
+    return result;
+}
+
+/// The paths that a search finds, without the directory that they share.
+std::vector<std::string> namesIn(TemporaryDirectory const& directory, std::string const& pattern, int filter)
+{
+    std::vector<std::string> result;
+    for (auto const& path : pathsOf(getFileList(directory / pattern, filter))) {
+        EXPECT_EQ(path.rfind(directory.path() + "/", 0), 0u) << path;
+        result.push_back(path.substr(directory.path().size() + 1));
+    }
+    return result;
+}
+
+TEST(GetFileList, findsWhatMatchesThePattern)
+{
+    TemporaryDirectory const directory;
+    for (char const* name : {"a.txt", "b.txt", "c.dat", ".hidden.txt", "sub/d.txt", "atxt"})
+        writeFile(directory / name, "");
+
+    EXPECT_THAT(namesIn(directory, "*.txt", everything), UnorderedElementsAre("a.txt", "b.txt", ".hidden.txt"));
+    EXPECT_THAT(namesIn(directory, "?.txt", everything), UnorderedElementsAre("a.txt", "b.txt"));
+    EXPECT_THAT(namesIn(directory, "[bc].*", everything), UnorderedElementsAre("b.txt", "c.dat"));
+    EXPECT_THAT(namesIn(directory, "a.txt", everything), ElementsAre("a.txt"));
+    EXPECT_THAT(namesIn(directory, "A.txt", everything), IsEmpty());
+    EXPECT_THAT(namesIn(directory, "s*", everything), ElementsAre("sub"));
+}
+
+TEST(GetFileList, tellsWhatLstatSaysOfEachEntry)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "file", "seven b");
+    timespec const times[] = {{1, 0}, {1234567890, 999999999}};
+    ASSERT_EQ(utimensat(AT_FDCWD, (directory / "file").c_str(), times, 0), 0);
+    ASSERT_EQ(chmod((directory / "file").c_str(), 0500), 0);
+
+    auto const list = getFileList(directory / "f*", IncludeFiles);
+
+    ASSERT_EQ(list.size(), 1u);
+    FileInfo const& info = list.front();
+    EXPECT_EQ(info.path, directory / "file");
+    EXPECT_EQ(info.lastWriteTime, 1234567890);
+    EXPECT_EQ(info.size, 7);
+    EXPECT_FALSE(info.isDirectory);
+    EXPECT_TRUE(info.isReadable);
+    EXPECT_FALSE(info.isWritable);
+    EXPECT_TRUE(info.isExecutable);
+    EXPECT_FALSE(info.isSymLink);
+}
+
+TEST(GetFileList, keepsTheOrderOfTheDirectory)
+{
+    TemporaryDirectory const directory;
+    for (int i = 0; i < 50; ++i)
+        writeFile(directory / ("file" + std::to_string(i * 7 % 50)), "");
+    std::vector<std::string> expected;
+    DIR* const entries = opendir(directory.path().c_str());
+    ASSERT_NE(entries, nullptr);
+    while (dirent const* entry = readdir(entries))
+        expected.push_back(entry->d_name);
+    closedir(entries);
+
+    EXPECT_EQ(namesIn(directory, "*", everything), expected);
+}
+
+TEST(GetFileList, givesTheDirectoryAndItsParentAsDirectoriesUnlessDotNamesAreExcluded)
+{
+    TemporaryDirectory const directory;
+    for (char const* name : {"file", "ends.", "sub/x"})
+        writeFile(directory / name, "");
+
+    EXPECT_THAT(namesIn(directory, "*", IncludeDirectories), UnorderedElementsAre(".", "..", "sub"));
+    EXPECT_THAT(namesIn(directory, "*", IncludeFiles), UnorderedElementsAre("file", "ends."));
+    EXPECT_THAT(namesIn(directory, "*", everything | ExcludeDotNames), UnorderedElementsAre("sub", "file"));
+}
+
+TEST(GetFileList, takesLinksForWhatTheyAreAndNotForTheirTargets)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "target", "content");
+    std::filesystem::create_directory(directory / "folder");
+    std::filesystem::create_symlink("target", directory / "to_file");
+    std::filesystem::create_symlink("folder", directory / "to_folder");
+    std::filesystem::create_symlink("nothing", directory / "to_nothing");
+
+    EXPECT_THAT(namesIn(directory, "*", IncludeFiles),
+                UnorderedElementsAre("target", "to_file", "to_folder", "to_nothing"));
+    EXPECT_THAT(namesIn(directory, "*", IncludeDirectories | ExcludeDotNames), ElementsAre("folder"));
+    EXPECT_THAT(namesIn(directory, "*", IncludeFiles | ExcludeSymLinks), ElementsAre("target"));
+    EXPECT_EQ(getFileList(directory / "to_file", IncludeFiles).front().size, 6);  // the text of the link
+}
+
+TEST(GetFileList, isEmptyWithoutAKindInTheFilter)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "file", "");
+
+    EXPECT_THAT(namesIn(directory, "*", 0), IsEmpty());
+    EXPECT_THAT(namesIn(directory, "*", ~everything), IsEmpty());
+}
+
+TEST(GetFileList, isEmptyWhereThereIsNoDirectory)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "file", "");
+
+    EXPECT_THAT(getFileList(directory / "nothing/*", everything), IsEmpty());
+    EXPECT_THAT(getFileList(directory / "file/*", everything), IsEmpty());
+    EXPECT_THAT(getFileList("", everything), IsEmpty());
+}
+
+TEST(GetFileList, readsOneDirectoryAndTakesItsNameLiterally)
+{
+    TemporaryDirectory const directory;
+    for (char const* name : {"one/a.txt", "two/a.txt", "x[1]/a.txt", "x1/b.txt"})
+        writeFile(directory / name, "");
+
+    EXPECT_THAT(namesIn(directory, "one/*", IncludeFiles), ElementsAre("one/a.txt"));
+    EXPECT_THAT(namesIn(directory, "*/a.txt", everything), IsEmpty());
+    EXPECT_THAT(namesIn(directory, "x[1]/*.txt", everything), IsEmpty());  // doesn't match itself, on purpose
+}
+
+TEST(GetFileList, keepsAllButOneOfTheDelimitersBeforeTheName)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "sub/file", "");
+
+    EXPECT_THAT(namesIn(directory, "sub//f*", everything), ElementsAre("sub//file"));
+}
+
+TEST(GetFileList, searchesTheRoot)
+{
+    EXPECT_THAT(pathsOf(getFileList("/pro[c]", IncludeDirectories)), ElementsAre("/proc"));
+}
+
+ZELM_CHILD(listsItsCurrentDirectory)
+{
+    for (auto const& pattern : childArguments())
+        for (auto const& path : pathsOf(getFileList(pattern, everything)))
+            std::cout << path << '\n';
+    return 0;
+}
+
+TEST(GetFileList, takesARelativeDirectoryAsItIs)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "sub/file.txt", "");
+
+    auto const child =
+        runChild("listsItsCurrentDirectory", ChildOptions().in(directory.path()).with({"./s*", "sub/*.txt"}));
+
+    EXPECT_EQ(child.out, "./sub\nsub/file.txt\n");
+}
+
+TEST(GetFileList, isEmptyOnPurposeForAPatternWithoutADirectory)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "file.txt", "");
+
+    auto const child =
+        runChild("listsItsCurrentDirectory", ChildOptions().in(directory.path()).with({"*.txt", "file.txt"}));
+
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.status, 0);
+}
+
+/// Lists a directory that may be read but not searched, which the superuser can't be kept from: so as somebody else.
+ZELM_CHILD(listsADirectoryWhoseEntriesItMayNotExamine)
+{
+    auto const list = [] { return getFileList(childArguments().at(0), everything).size(); };
+    bool const isSuperuser = geteuid() == 0;
+    if (isSuperuser && seteuid(65534) != 0)
+        return 1;
+    auto const found = list();
+    if (isSuperuser && seteuid(0) != 0)
+        return 1;
+    prctl(PR_SET_DUMPABLE, 1);  // lost with the change of user, and leak checkers need it
+    std::cout << found;
+    return 0;
+}
+
+TEST(GetFileList, leavesOutWhatCannotBeExamined)
+{
+    TemporaryDirectory const directory;
+    ASSERT_EQ(chmod(directory.path().c_str(), 0755), 0);
+    writeFile(directory / "sub/file", "");
+    auto const found = [&] {
+        return runChild("listsADirectoryWhoseEntriesItMayNotExamine", ChildOptions().with({directory / "sub/*"})).out;
+    };
+
+    ASSERT_EQ(chmod((directory / "sub").c_str(), 0755), 0);
+    EXPECT_EQ(found(), "3");
+    ASSERT_EQ(chmod((directory / "sub").c_str(), 0444), 0);
+    EXPECT_EQ(found(), "0");
+
+    chmod((directory / "sub").c_str(), 0755);
+}
+
+}  // namespace
+}  // namespace Zelm

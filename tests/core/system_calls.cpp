@@ -1,0 +1,81 @@
+#include "tests/core/system_calls.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace Zelm::Testing {
+
+namespace {
+std::atomic<int> linkReads{0};
+}  // namespace
+
+Answer& currentDirectory()
+{
+    static Answer answer;
+    return answer;
+}
+
+Answer& executableLink()
+{
+    static Answer answer;
+    return answer;
+}
+
+int executableLinkReads()
+{
+    return linkReads;
+}
+
+}  // namespace Zelm::Testing
+
+extern "C" {
+
+__attribute__((visibility("default"))) char* getcwd(char* buffer, std::size_t size) noexcept
+{
+    // Without a buffer the caller gets one of the heap, by an extension that the C++ library uses.
+    if (!buffer) {
+        std::size_t const room = size != 0 ? size : 8192;
+        char* const made = static_cast<char*>(std::malloc(room));
+        if (made && !getcwd(made, room)) {
+            std::free(made);
+            return nullptr;
+        }
+        return made;
+    }
+
+    auto const& answer = Zelm::Testing::currentDirectory();
+    if (!answer.isReplaced)
+        return syscall(SYS_getcwd, buffer, size) > 0 ? buffer : nullptr;
+    if (!answer.text || answer.text->size() >= size) {
+        errno = answer.text ? ERANGE : ENOENT;
+        return nullptr;
+    }
+    std::memcpy(buffer, answer.text->c_str(), answer.text->size() + 1);
+    return buffer;
+}
+
+__attribute__((visibility("default"))) ssize_t readlink(char const* path, char* buffer, std::size_t size) noexcept
+{
+    if (std::strcmp(path, "/proc/self/exe") != 0)
+        return syscall(SYS_readlinkat, AT_FDCWD, path, buffer, size);
+
+    ++Zelm::Testing::linkReads;
+    auto const& answer = Zelm::Testing::executableLink();
+    if (!answer.isReplaced)
+        return syscall(SYS_readlinkat, AT_FDCWD, path, buffer, size);
+    if (!answer.text) {
+        errno = EACCES;
+        return -1;
+    }
+    std::size_t const length = std::min(size, answer.text->size());
+    std::memcpy(buffer, answer.text->data(), length);
+    return static_cast<ssize_t>(length);
+}
+}

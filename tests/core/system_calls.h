@@ -1,0 +1,41 @@
+/// @file
+/// This test program has getcwd and readlink of its own, which the core library uses in place of the C library's. They
+/// do the real work, unless an answer stands in for it: for directories that a test can't make, such as a "/bin" that
+/// is no link, for failures, and to see whether the question is asked at all.
+///
+///     StandIn const directory(currentDirectory(), "/bin");   // getcwd says "/bin" while this lives
+///
+/// Not for several threads: a test stands in for the calls of its own thread.
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace Zelm::Testing {
+
+struct Answer {
+    bool isReplaced = false;
+    std::optional<std::string> text;  ///< none: the call fails
+};
+
+/// What getcwd answers.
+Answer& currentDirectory();
+
+/// What readlink answers for "/proc/self/exe".
+Answer& executableLink();
+
+/// How often "/proc/self/exe" was read.
+int executableLinkReads();
+
+class StandIn {
+public:
+    StandIn(Answer& answer, std::optional<std::string> text) : answer_(answer) { answer_ = {true, std::move(text)}; }
+    ~StandIn() { answer_ = {}; }
+    StandIn(StandIn const&) = delete;
+    StandIn& operator=(StandIn const&) = delete;
+
+private:
+    Answer& answer_;
+};
+
+}  // namespace Zelm::Testing
