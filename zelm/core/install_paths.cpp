@@ -1,0 +1,108 @@
+#include "zelm/core/install_paths.h"
+
+#include "zelm/core/files.h"
+#include "zelm/core/scoped_accessor.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+
+namespace Zelm {
+
+namespace {
+
+struct InternalPaths {
+    std::string root;
+    std::string binaryDir;
+    std::string componentsMapDir;
+};
+
+/// Never destroyed: components that end at the exit of the process may still ask.
+InternalPaths& internalPaths()
+{
+    static InternalPaths& paths = *new InternalPaths;
+    return paths;
+}
+
+void getEnvOr(std::string& value, std::string const& variable, std::string const& fallback)
+{
+    char const* const text = std::getenv(variable.c_str());
+    value = text ? text : fallback;
+}
+
+bool endsIn(std::string const& text, std::string const& end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+/// Takes the root from the current directory. Where that isn't the installation's folder of programs it holds the
+/// libraries itself, and `libDefault` is made empty.
+void takeRootFromCurrentDirectory(std::string& root, std::string& libDefault)
+{
+    std::string const programs = pathSeparator() + "bin";
+    root = getCWD();
+    if (root.size() > 3) {
+        if (endsIn(root, programs))
+            root.resize(root.size() - programs.size());
+        else
+            libDefault.clear();
+    }
+    std::cerr << "ZELM_DIR wasn't set using: " << root << std::endl;
+}
+
+void workOut(InternalPaths& paths)
+{
+    std::string libDefault = "lib";
+    getEnvOr(paths.root, "ZELM_DIR", "");
+    if (paths.root.empty())
+        takeRootFromCurrentDirectory(paths.root, libDefault);
+
+    std::string libSubDir;
+    getEnvOr(libSubDir, "ZELM_LibSubDir", libDefault);
+    paths.binaryDir = pathSeparator();
+    if (!libSubDir.empty())
+        paths.binaryDir += libSubDir + pathSeparator();
+
+    // The default ends in a separator already and gets a second one on purpose: the file system treats two like one,
+    // and applications know the text as it is.
+    getEnvOr(paths.componentsMapDir, "ZELM_ComponentsMapDir", paths.root + paths.binaryDir);
+    paths.componentsMapDir += pathSeparator();
+}
+
+InternalPaths const& resolveInternalPaths()
+{
+    using Flag = ScopedAccessor<bool, std::mutex>;
+    static Flag resolved;
+
+    Flag::Access access(resolved);
+    InternalPaths& paths = internalPaths();
+    if (!*access) {
+        workOut(paths);
+        *access = true;
+    }
+    return paths;
+}
+
+}  // namespace
+
+std::string const& zelmRoot()
+{
+    return resolveInternalPaths().root;
+}
+
+std::string const& componentsBinaryDir()
+{
+    return resolveInternalPaths().binaryDir;
+}
+
+std::string const& zelmComponentsMapDir()
+{
+    return resolveInternalPaths().componentsMapDir;
+}
+
+void initInternalPaths()
+{
+    resolveInternalPaths();
+}
+
+}  // namespace Zelm
