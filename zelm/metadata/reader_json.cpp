@@ -1,0 +1,264 @@
+#include "zelm/metadata/reader_json.h"
+
+#include "zelm/metadata/private/json_tokens.h"
+
+#include <cfenv>
+#include <charconv>
+#include <istream>
+#include <locale>
+#include <sstream>
+#include <system_error>
+
+namespace Zelm::MetaData {
+
+ReaderJson::ScanException::ScanException(std::string const& message, StreamPosition const& errorPosition)
+    : Exception(message), errorPosition_(errorPosition)
+{
+}
+ReaderJson::ScanException::ScanException(ScanException const& other) = default;
+ReaderJson::ScanException::~ScanException() = default;
+
+ReaderJson::ParseException::ParseException(std::string const& message, StreamPosition const& tokenStart,
+                                           StreamPosition const& tokenEnd)
+    : Exception(message), tokenStart_(tokenStart), tokenEnd_(tokenEnd)
+{
+}
+ReaderJson::ParseException::ParseException(ParseException const& other) = default;
+ReaderJson::ParseException::~ParseException() = default;
+
+namespace {
+
+using ParseException = ReaderJson::ParseException;
+using Private::Token;
+using Type = Private::Token::Type;
+
+[[noreturn]] void throwAt(Token const& token, std::string const& message)
+{
+    throw ParseException(message, token.tokenStart, token.tokenEnd);
+}
+
+// ---------------------------------------------------------------------------------------------------------- numbers
+
+/// The rule: what the formatted input of a stream in the global locale makes of the token. On purpose only the end of
+/// the text is tested and not whether the conversion failed, so that "-" is 0 and "1e999" the largest double.
+template <class T> T convertByStream(Token const& token, char const* kind)
+{
+    std::istringstream text(token.value);
+    T value{};
+    text >> value;
+    if (text.eof())
+        return value;
+    auto const atFault = static_cast<unsigned char>(text.peek());  // 0xFF if the conversion failed before the end
+    throwAt(token, std::string("Unexpected character in ") + kind + " token: " + static_cast<char>(atFault));
+}
+
+/// Whether std::from_chars may stand in for the stream: that one reads in the global locale and rounds by the rounding
+/// mode, from_chars as in the "C" locale and to nearest.
+bool streamsConvertPlainly()
+{
+    return std::fegetround() == FE_TONEAREST && std::locale() == std::locale::classic();
+}
+
+/// A token that from_chars takes in whole and without an error is taken in whole by the stream as well, to the same
+/// double: an optional '-', digits with an optional point, and an optional exponent, correctly rounded. Anything else,
+/// a result out of range included, is left to the rule.
+bool convertQuickly(std::string const& text, double& value)
+{
+    auto const end = text.data() + text.size();
+    auto const result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+// ----------------------------------------------------------------------------------------------------------- parser
+
+/// A cursor over the tokens. Values are handed out for moving from, since each is looked at once.
+class TokenStream {
+public:
+    explicit TokenStream(std::vector<Token>& tokens) : tokens_(tokens) {}
+
+    bool EOS() const { return next_ == tokens_.size(); }
+    bool nextIs(Type type) const { return !EOS() && tokens_[next_].type == type; }
+
+    Token& Peek() const
+    {
+        if (!EOS())
+            return tokens_[next_];
+        if (tokens_.empty())
+            throw ParseException("No Tokens found in stream", {}, {});
+        throwAt(tokens_.back(), "Unexpected end of token stream!");
+    }
+
+    Token& Get()
+    {
+        Token& token = Peek();
+        ++next_;
+        return token;
+    }
+
+private:
+    std::vector<Token>& tokens_;
+    std::size_t next_ = 0;
+};
+
+std::string& MatchExpectedToken(Type type, TokenStream& tokens)
+{
+    Token& token = tokens.Get();
+    if (token.type != type)
+        throwAt(token, "Unexpected token: " + token.value);
+    return token.value;
+}
+
+/// Values are parsed in place, so that a failure leaves what was complete until then.
+class Parser {
+public:
+    explicit Parser(TokenStream& tokens) : tokens_(tokens) {}
+
+    void Parse(Element& element);
+    void Parse(Object& object);
+    void Parse(Array& array);
+    void Parse(Trivial_T<std::string>& value) { value = std::move(MatchExpectedToken(Type::StringToken, tokens_)); }
+    void Parse(Trivial_T<double>& value);
+    void Parse(Trivial_T<long>& value);
+    void Parse(Trivial_T<bool>& value) { value = MatchExpectedToken(Type::BooleanToken, tokens_) == "true"; }
+    void Parse(Null&) { MatchExpectedToken(Type::NullToken, tokens_); }
+
+private:
+    void ParseMember(Object& object);
+    template <class T> void ParseAs(Element& element) { Parse(static_cast<T&>(element)); }
+
+    TokenStream& tokens_;
+    bool const quickNumbers_ = streamsConvertPlainly();
+};
+
+void Parser::Parse(Element& element)
+{
+    Token const& next = tokens_.Peek();
+    switch (next.type) {
+    case Type::ObjectOpen:
+        return ParseAs<Object>(element);
+    case Type::ArrayOpen:
+        return ParseAs<Array>(element);
+    case Type::StringToken:
+        return ParseAs<Trivial_T<std::string>>(element);
+    case Type::NumberToken:
+        return ParseAs<Trivial_T<double>>(element);
+    case Type::IntegerToken:
+        return ParseAs<Trivial_T<long>>(element);
+    case Type::BooleanToken:
+        return ParseAs<Trivial_T<bool>>(element);
+    case Type::NullToken:
+        return ParseAs<Null>(element);
+    case Type::ObjectClose:
+    case Type::ArrayClose:
+    case Type::Comma:
+    case Type::Colon:
+        break;
+    }
+    throwAt(next, "Unexpected token: " + next.value);
+}
+
+void Parser::Parse(Object& object)
+{
+    MatchExpectedToken(Type::ObjectOpen, tokens_);
+    bool more = !tokens_.EOS() && !tokens_.nextIs(Type::ObjectClose);
+    while (more) {
+        ParseMember(object);
+        more = tokens_.nextIs(Type::Comma);
+        if (more)
+            MatchExpectedToken(Type::Comma, tokens_);
+    }
+    MatchExpectedToken(Type::ObjectClose, tokens_);
+}
+
+void Parser::ParseMember(Object& object)
+{
+    Object::Member member;
+    Token const& first = tokens_.Peek();
+    member.name() = std::move(MatchExpectedToken(Type::StringToken, tokens_));
+    MatchExpectedToken(Type::Colon, tokens_);
+    Parse(member.element());
+    try {
+        object.insert(std::move(member));
+    } catch (Exception const&) {
+        // Never reached, on purpose: a duplicate name is reported as Zelm::Exception::InvalidParameter, which is no
+        // MetaData::Exception, and goes to the caller as it stands, without a position.
+        throwAt(first, "Duplicate object member token: " + member.name());
+    }
+}
+
+void Parser::Parse(Array& array)
+{
+    MatchExpectedToken(Type::ArrayOpen, tokens_);
+    bool more = !tokens_.EOS() && !tokens_.nextIs(Type::ArrayClose);
+    while (more) {
+        Parse(*array.insert(Element()));
+        more = tokens_.nextIs(Type::Comma);
+        if (more)
+            MatchExpectedToken(Type::Comma, tokens_);
+    }
+    MatchExpectedToken(Type::ArrayClose, tokens_);
+}
+
+void Parser::Parse(Trivial_T<double>& value)
+{
+    Token const& token = tokens_.Peek();
+    MatchExpectedToken(Type::NumberToken, tokens_);
+    double number = 0;
+    value = quickNumbers_ && convertQuickly(token.value, number) ? number : convertByStream<double>(token, "NUMBER");
+}
+
+/// Always ends in the exception of MatchExpectedToken, since the scanner makes no such token.
+void Parser::Parse(Trivial_T<long>& value)
+{
+    Token const& token = tokens_.Peek();
+    MatchExpectedToken(Type::IntegerToken, tokens_);
+    value = convertByStream<long>(token, "INTEGER");
+}
+
+template <class T> void readOne(T& value, std::istream& stream)
+{
+    auto all = Private::Scan(stream);
+    TokenStream tokens(all);
+    Parser(tokens).Parse(value);
+    if (!tokens.EOS()) {
+        Token const& next = tokens.Peek();
+        throwAt(next, "Expected End of token stream; found " + next.value);
+    }
+}
+
+}  // namespace
+
+void ReaderJson::Read(Object& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Element& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Array& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Trivial_T<std::string>& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Trivial_T<double>& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Trivial_T<long>& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Trivial_T<bool>& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+void ReaderJson::Read(Null& value, std::istream& stream)
+{
+    readOne(value, stream);
+}
+
+}  // namespace Zelm::MetaData

@@ -1,0 +1,94 @@
+/// @file
+/// Reads JSON text into the data model. The form of the input picks one of two paths:
+///
+///     Object settings;
+///     ReaderJson::Read(settings, file);                    // std::istream: the token reader
+///     ReaderJson::Read(settings, std::string("{...}"));    // std::string: the fast path
+///
+/// There is no switch between them, and they differ in what they take and in how they fail:
+///
+///  - The token reader takes exactly one brace-balanced Object from the stream and stops behind its closing brace, so
+///    that several Objects may follow each other on one stream. It throws on the first fault. It is laxer and stricter
+///    than JSON: every number becomes a Number, never an Integer; anything that the stream extraction of a double takes
+///    for a number is one (007, and - or 1e as 0); raw control characters may stand in strings; white space is that of
+///    std::isspace; but no "\u" escape is understood, and a name that occurs twice is an error.
+///  - The fast path takes strict JSON text in one piece and reports a fault by a line on standard output only.
+///
+/// Thread-safety: calls don't share anything; stream and target are the caller's to protect.
+#pragma once
+
+#include "zelm/core/export.h"
+#include "zelm/metadata/element.h"
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+
+namespace Zelm::MetaData {
+
+class ReaderJson {
+public:
+    /// A place in the text, counted from where the read began. The end of the input counts as a character each time
+    /// that one is taken there.
+    struct StreamPosition {
+        std::uint32_t line = 0;            ///< line feeds before it
+        std::uint32_t lineOffset = 0;      ///< characters since the last line feed
+        std::uint32_t documentOffset = 0;  ///< characters in all
+    };
+
+    /// The text can't be cut into tokens.
+    class ZELM_EXPORT ScanException : public Exception {
+    public:
+        ScanException(std::string const& message, StreamPosition const& errorPosition);
+        ScanException(ScanException const& other);
+        ScanException& operator=(ScanException const& other) = default;
+        ~ScanException() override;
+
+        StreamPosition const& errorPosition() const noexcept { return errorPosition_; }
+
+    private:
+        StreamPosition errorPosition_;
+    };
+
+    /// The tokens don't make up a value; the positions are those of the token at fault.
+    class ZELM_EXPORT ParseException : public Exception {
+    public:
+        ParseException(std::string const& message, StreamPosition const& tokenStart, StreamPosition const& tokenEnd);
+        ParseException(ParseException const& other);
+        ParseException& operator=(ParseException const& other) = default;
+        ~ParseException() override;
+
+        StreamPosition const& tokenStart() const noexcept { return tokenStart_; }
+        StreamPosition const& tokenEnd() const noexcept { return tokenEnd_; }
+
+    private:
+        StreamPosition tokenStart_;
+        StreamPosition tokenEnd_;
+    };
+
+    /// The token reader. All tokens up to the closing brace are taken before the first is looked at, and nothing is
+    /// asked of the stream behind that brace.
+    ///
+    /// The target isn't cleared: an Object gets the members added to those that it has. An Element that is no Object
+    /// becomes an empty one first.
+    ///
+    /// Throws ScanException, with the target untouched, or ParseException, or Zelm::Exception::InvalidParameter "Object
+    /// member already exists: <name>" for a name that the text gives twice or that the target has already; the target
+    /// keeps what was complete until then. A byte 0xFF at the end of a ScanException's text may stand for the end of
+    /// the input. A string that isn't closed ends in std::bad_alloc. What the stream itself is set to throw passes
+    /// through. In every case the stream stands where it was last read, with the bits set that peek and get set there.
+    /// Recursion follows the depth of the text, without a limit of its own.
+    ZELM_EXPORT static void Read(Object& value, std::istream& stream);
+    ZELM_EXPORT static void Read(Element& value, std::istream& stream);
+
+    /// No text lets these return: the tokens end behind a brace that closes an Object, and none of these takes that in.
+    /// They throw as above, with the target changed as far as the text went.
+    ZELM_EXPORT static void Read(Array& value, std::istream& stream);
+    ZELM_EXPORT static void Read(Trivial_T<std::string>& value, std::istream& stream);
+    ZELM_EXPORT static void Read(Trivial_T<double>& value, std::istream& stream);
+    ZELM_EXPORT static void Read(Trivial_T<long>& value, std::istream& stream);
+    ZELM_EXPORT static void Read(Trivial_T<bool>& value, std::istream& stream);
+    ZELM_EXPORT static void Read(Null& value, std::istream& stream);
+};
+
+}  // namespace Zelm::MetaData
