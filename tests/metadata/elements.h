@@ -33,6 +33,11 @@ inline Element string(std::string const& value)
     return Element(Trivial_T<std::string>(value));
 }
 
+inline Element null()
+{
+    return Element();
+}
+
 inline Element array(std::vector<Element> const& elements)
 {
     Array result;
@@ -47,6 +52,18 @@ inline Element object(std::vector<std::pair<std::string, Element>> const& member
     for (auto const& [name, element] : members)
         result.insert(Object::Member(name, element));
     return Element(std::move(result));
+}
+
+/// One element of each kind, in the order of ElementType, none of them equal to its kind's default.
+inline std::vector<Element> oneOfEachKind()
+{
+    return {number(2.5),
+            integer(7),
+            boolean(true),
+            string("text"),
+            object({{"a", integer(1)}}),
+            array({integer(1), integer(2)}),
+            null()};
 }
 
 /// Equal, and of the same kinds all the way down.

@@ -107,30 +107,9 @@ public:
     void Accept(ConstVisitor& visitor) const override { visitor.Visit(value); }
     void Accept(Visitor& visitor) override { visitor.Visit(value); }
 
-    bool Compare(Element const& other) const override
-    {
-        if (specialCompare(other))
-            return true;
-        auto const* sameKind = other.castIf<T>();
-        return sameKind && value == *sameKind;
-    }
+    bool Compare(Element const& other) const override { return other.equals(value); }
 
     T value;
-
-private:
-    /// The one pair of kinds that compares across.
-    bool specialCompare([[maybe_unused]] Element const& other) const
-    {
-        if constexpr (std::is_same_v<T, Trivial_T<double>>) {
-            auto const* integer = other.castIf<Trivial_T<long>>();
-            return integer && floorEquals(value, *integer);
-        } else if constexpr (std::is_same_v<T, Trivial_T<long>>) {
-            auto const* number = other.castIf<Trivial_T<double>>();
-            return number && floorEquals(*number, value);
-        } else {
-            return false;
-        }
-    }
 };
 
 void Element::destroy(Imp* imp) noexcept
@@ -218,12 +197,47 @@ bool Element::operator==(Element const& other) const
     return imp_ ? imp_->Compare(other) : !other.imp_;
 }
 
-Element& Element::operator[](std::string_view name)
+template <class T> bool Element::equals(T const& value) const
 {
-    return retypingCast<Object>()[name];
+    // The one pair of kinds that compares across.
+    if constexpr (std::is_same_v<T, Trivial_T<double>>) {
+        if (auto const* integer = castIf<Trivial_T<long>>())
+            return floorEquals(value, *integer);
+    } else if constexpr (std::is_same_v<T, Trivial_T<long>>) {
+        if (auto const* number = castIf<Trivial_T<double>>())
+            return floorEquals(*number, value);
+    }
+
+    auto const* sameKind = castIf<T>();
+    return sameKind && value == *sameKind;
 }
 
-Element const& Element::operator[](std::string_view name) const
+template ZELM_EXPORT bool Element::equals(Trivial_T<double> const&) const;
+template ZELM_EXPORT bool Element::equals(Trivial_T<long> const&) const;
+template ZELM_EXPORT bool Element::equals(Trivial_T<bool> const&) const;
+template ZELM_EXPORT bool Element::equals(Trivial_T<std::string> const&) const;
+template ZELM_EXPORT bool Element::equals(Object const&) const;
+template ZELM_EXPORT bool Element::equals(Array const&) const;
+template ZELM_EXPORT bool Element::equals(Null const&) const;
+
+template <class T, class Key> Element& Element::partOf(Key key)
+{
+    if (auto* container = const_cast<T*>(castIf<T>()))  // this element isn't const
+        return (*container)[key];
+
+    // Complete before the old value goes, which may hold the very name and has to stay if memory runs out.
+    T container;
+    Element& part = container[key];
+    *this = Element(std::move(container));
+    return part;
+}
+
+Element& Element::memberOf(std::string_view name)
+{
+    return partOf<Object>(name);
+}
+
+Element const& Element::memberOf(std::string_view name) const
 {
     auto const* object = castIf<Object>();
     if (!object)
@@ -234,7 +248,7 @@ Element const& Element::operator[](std::string_view name) const
 
 Element& Element::operator[](unsigned long index)
 {
-    return retypingCast<Array>()[index];
+    return partOf<Array>(index);
 }
 
 Element const& Element::operator[](unsigned long index) const
@@ -387,10 +401,10 @@ Object::const_iterator Object::placeFor(std::string_view name, const_iterator hi
     if (hintIsRight)
         return hint;
 
-    auto const place = members_.lower_bound(name);
-    if (place != end() && place->name() == name)
+    auto const position = members_.lower_bound(name);
+    if (position != end() && position->name() == name)
         throw Zelm::Exception::InvalidParameter("Object member already exists: " + std::string(name));
-    return place;
+    return position;
 }
 
 Object::iterator Object::insert(Member const& member, iterator hint)
@@ -403,20 +417,20 @@ Object::iterator Object::insert(Member&& member, iterator hint)
     return members_.emplace_hint(placeFor(member.name(), hint), std::move(member));
 }
 
-Element& Object::operator[](std::string_view name)
+Element& Object::elementOf(std::string_view name)
 {
-    auto place = members_.lower_bound(name);
-    if (place == end() || place->name() != name)
-        place = members_.emplace_hint(place, std::string(name), Element());
-    return place->editableElement();
+    auto position = members_.lower_bound(name);
+    if (position == end() || position->name() != name)
+        position = members_.emplace_hint(position, std::string(name), Element());
+    return position->editableElement();
 }
 
-Element const& Object::operator[](std::string_view name) const
+Element const& Object::elementOf(std::string_view name) const
 {
-    auto const place = find(name);
-    if (place == end())
+    auto const position = place(name);
+    if (position == end())
         throw Zelm::Exception::InvalidParameter("Object member not found: " + std::string(name));
-    return place->element();
+    return position->element();
 }
 
 // ------------------------------------------------------------------------------------------------------------ Array

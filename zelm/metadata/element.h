@@ -132,6 +132,16 @@ template <> constexpr ElementType TypeToEnum<Null>()
     return ElementType::Null;
 }
 
+/// Holds for the seven held types.
+template <class T>
+using IfHeld = std::enable_if_t<std::is_same_v<T, Trivial_T<double>> || std::is_same_v<T, Trivial_T<long>> ||
+                                std::is_same_v<T, Trivial_T<bool>> || std::is_same_v<T, Trivial_T<std::string>> ||
+                                std::is_same_v<T, Object> || std::is_same_v<T, Array> || std::is_same_v<T, Null>>;
+
+/// Holds for literals, string views and the like. Look-ups by name have a second overload for these, so that no
+/// std::string is made of them; whatever converts to a std::string only takes the first one.
+template <class Text> using IfViewable = std::enable_if_t<std::is_convertible_v<Text const&, std::string_view>>;
+
 /// Is shown the value of an element that it is passed to; see Element::Accept.
 class ZELM_EXPORT ConstVisitor {
 public:
@@ -183,7 +193,8 @@ public:
     /// Copies first and drops the old value then: a failing copy leaves the element as it was, and `e = e["a"]` is
     /// safe. Self-assignment does nothing, so references into the element stay valid.
     Element& operator=(Element const& other);
-    /// Leaves `other` Null. `e = std::move(e["a"])` is safe; self-assignment does nothing.
+    /// Leaves `other` Null. `e = std::move(e["a"])` is safe; self-assignment does nothing. An element must not be moved
+    /// into its own subtree, as with any container.
     Element& operator=(Element&& other) noexcept;
 
     ElementType GetElementType() const noexcept;
@@ -197,15 +208,40 @@ public:
     bool operator==(Element const& other) const;
     bool operator!=(Element const& other) const { return !(*this == other); }
 
-    /// The member of that name. An element that is no Object becomes an empty one first, whatever it held; a member
-    /// that isn't there is created as Null.
-    Element& operator[](std::string_view name);
+    /// The same with the held types as they are. Without these, one side would have to become what the other side is:
+    /// by copying the value into an element, or by casting the element, which re-types it unless it is const.
+    template <class T, class = IfHeld<T>> friend bool operator==(Element const& element, T const& value)
+    {
+        return element.equals(value);
+    }
+    template <class T, class = IfHeld<T>> friend bool operator==(T const& value, Element const& element)
+    {
+        return element.equals(value);
+    }
+    template <class T, class = IfHeld<T>> friend bool operator!=(Element const& element, T const& value)
+    {
+        return !element.equals(value);
+    }
+    template <class T, class = IfHeld<T>> friend bool operator!=(T const& value, Element const& element)
+    {
+        return !element.equals(value);
+    }
+
+    /// The member of that name. An element that is no Object becomes one without members first, whatever it held; a
+    /// member that isn't there is created as Null. If memory runs out, the element is as it was.
+    Element& operator[](std::string const& name) { return memberOf(name); }
+    template <class Text, class = IfViewable<Text>> Element& operator[](Text const& name) { return memberOf(name); }
     /// The member of that name.
     /// Throws Zelm::Exception::InvalidOperation "Looking for <name> in Element which isn't an Object", or
     /// Zelm::Exception::InvalidParameter "Object member not found: <name>".
-    Element const& operator[](std::string_view name) const;
+    Element const& operator[](std::string const& name) const { return memberOf(name); }
+    template <class Text, class = IfViewable<Text>> Element const& operator[](Text const& name) const
+    {
+        return memberOf(name);
+    }
     /// The element at that index. An element that is no Array becomes an empty one first, whatever it held; an Array
-    /// that is too short is extended with Nulls.
+    /// that is too short is extended with Nulls. If memory runs out, the element is as it was; std::length_error says
+    /// that no memory could ever hold that many.
     Element& operator[](unsigned long index);
     /// The element at that index.
     /// Throws Zelm::Exception::InvalidOperation "Attempting to index into Element which isn't an Array", or
@@ -255,9 +291,13 @@ private:
     class Imp;
     template <class T> class Imp_t;
 
+    Element& memberOf(std::string_view name);
+    Element const& memberOf(std::string_view name) const;
+    template <class T, class Key> Element& partOf(Key key);
     template <class T> T const* castIf() const noexcept;
     template <class T> T const& strictCast() const;
     template <class T> T& retypingCast();
+    template <class T> bool equals(T const& value) const;
     static void destroy(Imp* imp) noexcept;
 
     Imp* imp_ = nullptr;  // owned; null stands for the kind Null
@@ -271,8 +311,7 @@ public:
     class ZELM_EXPORT Member {
     public:
         Member() = default;
-        Member(std::string const& name, Element const& element) : name_(name), element_(element) {}
-        Member(std::string&& name, Element&& element) noexcept : name_(std::move(name)), element_(std::move(element)) {}
+        Member(std::string name, Element element) noexcept : name_(std::move(name)), element_(std::move(element)) {}
 
         bool operator==(Member const& other) const;
         bool operator!=(Member const& other) const { return !(*this == other); }
@@ -320,10 +359,13 @@ public:
     bool empty() const { return members_.empty(); }
 
     /// The member of that name, or end(). Allocates nothing.
-    iterator find(std::string_view name) { return members_.find(name); }
-    const_iterator find(std::string_view name) const { return members_.find(name); }
+    iterator find(std::string const& name) { return place(name); }
+    const_iterator find(std::string const& name) const { return place(name); }
+    template <class Text, class = IfViewable<Text>> iterator find(Text const& name) { return place(name); }
+    template <class Text, class = IfViewable<Text>> const_iterator find(Text const& name) const { return place(name); }
 
-    /// Adds a member and returns where it stands. `hint` says where it is expected; a wrong one costs time only.
+    /// Adds a member and returns where it stands; it may be a part of this Object. `hint` is the position that it is
+    /// expected in front of: a right one saves the search, a wrong one costs time only.
     /// Throws Zelm::Exception::InvalidParameter "Object member already exists: <name>" and changes nothing.
     iterator insert(Member const& member, iterator hint);
     iterator insert(Member&& member, iterator hint);
@@ -335,15 +377,23 @@ public:
     void clear() { members_.clear(); }
 
     /// The element of that name, created as Null if it isn't there.
-    Element& operator[](std::string_view name);
+    Element& operator[](std::string const& name) { return elementOf(name); }
+    template <class Text, class = IfViewable<Text>> Element& operator[](Text const& name) { return elementOf(name); }
     /// Throws Zelm::Exception::InvalidParameter "Object member not found: <name>".
-    Element const& operator[](std::string_view name) const;
+    Element const& operator[](std::string const& name) const { return elementOf(name); }
+    template <class Text, class = IfViewable<Text>> Element const& operator[](Text const& name) const
+    {
+        return elementOf(name);
+    }
 
     bool operator==(Object const& other) const { return members_ == other.members_; }
     bool operator!=(Object const& other) const { return !(*this == other); }
 
 private:
+    const_iterator place(std::string_view name) const { return members_.find(name); }
     const_iterator placeFor(std::string_view name, const_iterator hint) const;
+    Element& elementOf(std::string_view name);
+    Element const& elementOf(std::string_view name) const;
 
     Members members_;
 };
