@@ -1,0 +1,99 @@
+#include "failing_allocator.h"
+
+#include <cstddef>
+#include <cstdlib>
+
+namespace Zelm::Testing {
+
+namespace {
+
+// Plain numbers: a thread's first use of them must not allocate.
+thread_local unsigned long allocations = 0;
+thread_local unsigned long successesLeft = 0;
+thread_local bool failureIsDue = false;
+
+void* allocate(std::size_t size) noexcept
+{
+    ++allocations;
+    if (failureIsDue && successesLeft-- == 0) {
+        failureIsDue = false;
+        return nullptr;
+    }
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* allocateOrThrow(std::size_t size)
+{
+    if (void* const memory = allocate(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
+}  // namespace
+
+AllocationCount::AllocationCount() : before_(allocations) {}
+
+unsigned long AllocationCount::made() const
+{
+    return allocations - before_;
+}
+
+FailingAllocation::FailingAllocation(unsigned long successes)
+{
+    successesLeft = successes;
+    failureIsDue = true;
+}
+
+FailingAllocation::~FailingAllocation()
+{
+    failureIsDue = false;
+}
+
+bool FailingAllocation::hasFailed() const
+{
+    return !failureIsDue;
+}
+
+}  // namespace Zelm::Testing
+
+// All plain forms, so that each is released by its own counterpart. The aligned forms keep their own implementation.
+void* operator new(std::size_t size)
+{
+    return Zelm::Testing::allocateOrThrow(size);
+}
+void* operator new[](std::size_t size)
+{
+    return Zelm::Testing::allocateOrThrow(size);
+}
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept
+{
+    return Zelm::Testing::allocate(size);
+}
+void* operator new[](std::size_t size, std::nothrow_t const&) noexcept
+{
+    return Zelm::Testing::allocate(size);
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::nothrow_t const&) noexcept
+{
+    std::free(memory);
+}
+void operator delete[](void* memory, std::nothrow_t const&) noexcept
+{
+    std::free(memory);
+}
