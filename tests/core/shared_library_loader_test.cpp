@@ -150,6 +150,19 @@ TEST_F(LibrariesBesideTheExecutable, areFoundThoughTheExecutablesPathHasItsGreat
     EXPECT_EQ(child.out, "one");
 }
 
+TEST_F(LibrariesBesideTheExecutable, areNotLookedForInAPartOfADirectoryThatIsTooLongToOpen)
+{
+    copyFile(copyOne, directory / "bin/" + sameName);
+    // Ends in its last delimiter: one byte less would leave "bin" for the directory.
+    std::string link = directory / "bin/";
+    link.append(4095 - link.size(), 'x') += '/';
+
+    auto const child =
+        runChild("tellsWhichCopyItLoadsWithoutKnowingItself", ChildOptions(twoInTheSearchPath).with({sameName, link}));
+
+    EXPECT_EQ(child.out, "two");
+}
+
 TEST_F(LibrariesBesideTheExecutable, areNotLookedForIfTheExecutableCannotBeTold)
 {
     copyFile(copyOne, directory / "bin/" + sameName);
