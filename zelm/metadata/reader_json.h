@@ -89,6 +89,37 @@ public:
     ZELM_EXPORT static void Read(Trivial_T<long>& value, std::istream& stream);
     ZELM_EXPORT static void Read(Trivial_T<bool>& value, std::istream& stream);
     ZELM_EXPORT static void Read(Null& value, std::istream& stream);
+
+    /// The fast path: strict JSON, one value with nothing but space, tab, CR and LF around it, up to the text's first
+    /// NUL byte.
+    ///
+    /// The target isn't cleared: each member of the text's object replaces the one of its name, so that of equal names
+    /// in the text the last one wins, and all other members stay.
+    ///  - A number without fraction and exponent that fits 64 bits is an Integer, any other a Number. From 2^63 up to
+    ///    2^64 - 1 the bits are taken over, which gives a negative Integer.
+    ///  - A Number may differ from the correctly rounded one in the last places.
+    ///  - "\u" escapes are decoded to UTF-8, and a name or string ends at its first NUL ("\u0000").
+    ///
+    /// Throws nothing but the allocator's exceptions, and tells the caller nothing. A text that doesn't parse leaves
+    /// the target as it was and gives the line "Read: Parser Error!" on standard output; one whose value is no object
+    /// leaves it as it was without a word. Recursion follows the depth of the text, without a limit of its own.
+    ZELM_EXPORT static void Read(Object& object, std::string const& text);
 };
 
 }  // namespace Zelm::MetaData
+
+namespace Zelm::Json {
+
+/// The object as WriterJson writes it in pretty mode, in the global locale.
+ZELM_EXPORT std::string metaDatatoJsonString(MetaData::Object const& object);
+
+/// The object that the fast path reads from the text. Empty for a text that doesn't parse, as for the text "{}": only
+/// the line on standard output tells.
+///
+/// Of the writer's text it makes an equal Object, if all Numbers are finite and the strings hold no other control
+/// characters than those that the writer escapes. An integral Number comes back as an Integer, which is equal to it;
+/// any other may differ in the last places, as the fast path converts it, and is unequal then from a magnitude of about
+/// 4 on, the equality of Numbers having an absolute tolerance.
+ZELM_EXPORT MetaData::Object jsonStringtoMetaData(std::string const& text);
+
+}  // namespace Zelm::Json

@@ -1,0 +1,289 @@
+#include "zelm/metadata/reader_json.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <string>
+
+namespace Zelm::MetaData {
+namespace {
+
+using namespace std::string_literals;
+
+std::string const parserError = "Read: Parser Error!\n";
+
+Element integer(long value)
+{
+    return Element(Trivial_T<long>(value));
+}
+
+/// Reads into the object and returns what was printed meanwhile.
+std::string read(Object& object, std::string const& text)
+{
+    ::testing::internal::CaptureStdout();
+    ReaderJson::Read(object, text);
+    return ::testing::internal::GetCapturedStdout();
+}
+
+Object parsed(std::string const& text)
+{
+    Object object;
+    EXPECT_EQ(read(object, text), "") << text;
+    return object;
+}
+
+/// The element "a" of the text.
+Element a(std::string const& text)
+{
+    Element const element(parsed(text));
+    return element["a"];
+}
+
+// ----------------------------------------------------------------------------------------------------------- values
+
+TEST(FastReader, readsEveryKindOfValue)
+{
+    auto const object = parsed(R"({"a":1,"b":2.5,"c":"x","d":true,"g":false,"e":null,"f":[1,{}]})");
+
+    EXPECT_EQ(object.size(), 7u);
+    EXPECT_EQ(object["a"].GetElementType(), ElementType::Integer);
+    EXPECT_EQ(object["a"].asInt64(), 1);
+    EXPECT_EQ(object["b"].GetElementType(), ElementType::Number);
+    EXPECT_EQ(object["b"].asDouble(), 2.5);
+    EXPECT_EQ(object["c"].asString(), "x");
+    EXPECT_TRUE(object["d"].asBoolean());
+    EXPECT_FALSE(object["g"].asBoolean());
+    EXPECT_EQ(object["e"].GetElementType(), ElementType::Null);
+    EXPECT_EQ(object["f"].CastTo<Array>().size(), 2u);
+    EXPECT_EQ(object["f"][0].GetElementType(), ElementType::Integer);
+    EXPECT_EQ(object["f"][1], Element(Object()));
+}
+
+TEST(FastReader, readsEmptyContainers)
+{
+    EXPECT_TRUE(parsed("{}").empty());
+    EXPECT_EQ(a(R"({"a":{}})"), Element(Object()));
+    EXPECT_EQ(a(R"({"a":[]})"), Element(Array()));
+}
+
+TEST(FastReader, readsNestedContainersInTheirOrder)
+{
+    auto const element = a(R"({"a":{"b":[[1,2],{"c":[3]}],"":4}})");
+    auto const& view = element;
+
+    EXPECT_EQ(view["b"][0][1].asInt64(), 2);
+    EXPECT_EQ(view["b"][1]["c"][0].asInt64(), 3);
+    EXPECT_EQ(view[""].asInt64(), 4);
+}
+
+TEST(FastReader, skipsFourKindsOfWhiteSpaceAroundTheValueToo)
+{
+    EXPECT_EQ(a(" \t\r\n{ \"a\"\t:\r1\n} \t\r\n").asInt64(), 1);
+}
+
+// ---------------------------------------------------------------------------------------------------------- numbers
+
+TEST(FastReader, makesIntegersOfNumbersThatHaveNeitherFractionNorExponent)
+{
+    constexpr long largest = std::numeric_limits<long>::max();
+    constexpr long smallest = std::numeric_limits<long>::min();
+    struct {
+        char const* token;
+        long value;
+    } const cases[] = {
+        {"0", 0},
+        {"-0", 0},
+        {"-1", -1},
+        {"2147483647", 2147483647},
+        {"2147483648", 2147483648},
+        {"-2147483648", -2147483648},
+        {"-2147483649", -2147483649},
+        {"4294967295", 4294967295},
+        {"4294967296", 4294967296},
+        {"9007199254740993", 9007199254740993},
+        {"9223372036854775807", largest},
+        {"-9223372036854775808", smallest},
+    };
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.token);
+        auto const element = a("{\"a\":"s + row.token + "}");
+        EXPECT_EQ(element.GetElementType(), ElementType::Integer);
+        EXPECT_EQ(element.asInt64(), row.value);
+    }
+}
+
+TEST(FastReader, makesNegativeIntegersOfNumbersFromTwoToThe63rdOnOnPurpose)
+{
+    EXPECT_EQ(a(R"({"a":9223372036854775808})"), integer(std::numeric_limits<long>::min()));
+    EXPECT_EQ(a(R"({"a":18446744073709551615})"), integer(-1));
+    EXPECT_EQ(a(R"({"a":18446744073709551615})").GetElementType(), ElementType::Integer);
+}
+
+TEST(FastReader, makesNumbersOfAllOthers)
+{
+    struct {
+        char const* token;
+        double value;
+    } const cases[] = {
+        {"1.0", 1},
+        {"1e0", 1},
+        {"1E+2", 100},
+        {"-2.5e-1", -0.25},
+        {"18446744073709551616", 18446744073709551616.0},
+        {"-9223372036854775809", -9223372036854775808.0},
+        {"1e-400", 0},
+    };
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.token);
+        auto const element = a("{\"a\":"s + row.token + "}");
+        EXPECT_EQ(element.GetElementType(), ElementType::Number);
+        EXPECT_EQ(element.asDouble(), row.value);
+    }
+    EXPECT_TRUE(std::signbit(a(R"({"a":-0.0})").asDouble()));
+}
+
+// The digits as an integer, times or by a power of ten: two roundings, where the correct value takes one.
+TEST(FastReader, convertsFastAndMayMissTheLastPlacesOnPurpose)
+{
+    double const power = 1e28;
+    EXPECT_EQ(a(R"({"a":2e-28})").asDouble(), 2 / power);
+    EXPECT_NE(a(R"({"a":2e-28})").asDouble(), 2e-28);
+    EXPECT_EQ(a(R"({"a":3e23})").asDouble(), 3 * 1e23);
+    EXPECT_NE(a(R"({"a":3e23})").asDouble(), 3e23);
+}
+
+// ---------------------------------------------------------------------------------------------------------- strings
+
+TEST(FastReader, decodesEscapesToUtf8)
+{
+    EXPECT_EQ(a(R"({"a":"\b\f\n\r\t\"\\\/"})").asString(), "\b\f\n\r\t\"\\/");
+    EXPECT_EQ(a(R"({"a":"\u0041\u00e9"})").asString(), "A\xC3\xA9");
+    EXPECT_EQ(a(R"({"a":"\ud83d\ude00"})").asString(), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(a("{\"a\":\"\xC3\xA9\"}").asString(), "\xC3\xA9");
+}
+
+TEST(FastReader, endsAStringAtItsFirstNulOnPurpose)
+{
+    EXPECT_EQ(a(R"({"a":"x\u0000y"})").asString(), "x");
+    EXPECT_EQ(a(R"({"a":"\u0000"})").asString(), "");
+}
+
+TEST(FastReader, endsANameAtItsFirstNulOnPurpose)
+{
+    auto const object = parsed(R"({"a":1,"b":{"c\u0000d":2,"c":3},"a\u0000x":4})");
+
+    EXPECT_EQ(object.size(), 2u);
+    EXPECT_EQ(object["a"].asInt64(), 4);
+    EXPECT_EQ(object["b"]["c"].asInt64(), 3);
+}
+
+TEST(FastReader, endsTheTextAtItsFirstNulOnPurpose)
+{
+    EXPECT_EQ(a("{\"a\":1}\0 and more"s).asInt64(), 1);
+
+    Object object;
+    EXPECT_EQ(read(object, "{\"a\":1\0}"s), parserError);
+}
+
+// ------------------------------------------------------------------------------------------------------- the target
+
+TEST(FastReader, replacesTheMembersOfTheTextAndKeepsAllOthers)
+{
+    Object object;
+    object["a"] = integer(1);
+    object["b"] = integer(2);
+
+    EXPECT_EQ(read(object, R"({"a":3,"c":{"d":4}})"), "");
+
+    EXPECT_EQ(object.size(), 3u);
+    EXPECT_EQ(object["a"].asInt64(), 3);
+    EXPECT_EQ(object["b"].asInt64(), 2);
+    EXPECT_EQ(object["c"]["d"].asInt64(), 4);
+}
+
+TEST(FastReader, replacesAnObjectAndDoesNotMergeIt)
+{
+    Object object;
+    object["a"]["old"] = integer(1);
+
+    EXPECT_EQ(read(object, R"({"a":{"new":2}})"), "");
+
+    EXPECT_EQ(object["a"].CastTo<Object>().size(), 1u);
+    EXPECT_EQ(object["a"]["new"].asInt64(), 2);
+}
+
+TEST(FastReader, takesTheLastOfEqualNamesOnPurpose)
+{
+    EXPECT_EQ(a(R"({"a":1,"a":2})"), integer(2));
+    EXPECT_EQ(a(R"({"a":{"b":1,"b":{"c":2}}})")["b"]["c"].asInt64(), 2);
+    EXPECT_EQ(a(R"({"a":{"c":1},"a":{"b":2}})"), Element(parsed(R"({"b":2})")));
+}
+
+// ------------------------------------------------------------------------------------------------------------ faults
+
+TEST(FastReader, printsALineForATextThatDoesNotParseAndLeavesTheTargetOnPurpose)
+{
+    std::string const texts[] = {
+        "",
+        " \t\r\n",
+        "x",
+        "}",
+        R"({"a":1)",
+        R"({"a":1} x)",
+        R"({"a":1}{"b":2})",
+        R"({"a":1,})",
+        R"({"a":[1,]})",
+        R"({"a":"b)",
+        R"({a:1})",
+        R"({"a" 1})",
+        R"({"a":1 "b":2})",
+        R"({"a":01})",
+        R"({"a":-})",
+        R"({"a":1e})",
+        R"({"a":1.})",
+        R"({"a":.5})",
+        R"({"a":+1})",
+        R"({"a":1-2})",
+        R"({"a":1e999})",
+        R"({"a":nan})",
+        R"({"a":inf})",
+        R"({"a":truth})",
+        R"({"a":"\x"})",
+        R"({"a":"\ud83d"})",
+        R"({"a":"\u00g0"})",
+        "{\"a\":\"raw\nline feed\"}",
+        "{\"a\":\"\x01\"}",
+        "{\v\"a\":1}",
+        "{\"a\":1}\f",
+        "\xEF\xBB\xBF\x01{}",
+    };
+    for (auto const& text : texts) {
+        SCOPED_TRACE(text);
+        Object object;
+        object["a"] = integer(7);
+
+        EXPECT_EQ(read(object, text), parserError);
+
+        EXPECT_EQ(object.size(), 1u);
+        EXPECT_EQ(object["a"], integer(7));
+    }
+}
+
+TEST(FastReader, takesNothingFromATextThatIsNoObjectAndSaysNothing)
+{
+    for (char const* text : {"null", "true", "false", "0", "[]", "1.5", "\"x\"", R"([{"a":1}])", " [1] "}) {
+        SCOPED_TRACE(text);
+        Object object;
+        object["a"] = integer(7);
+
+        EXPECT_EQ(read(object, text), "");
+
+        EXPECT_EQ(object.size(), 1u);
+        EXPECT_EQ(object["a"], integer(7));
+    }
+}
+
+}  // namespace
+}  // namespace Zelm::MetaData
