@@ -1,5 +1,7 @@
 #include "zelm/metadata/reflector.h"
 
+#include <iostream>
+
 namespace Zelm::MetaData {
 
 #define ZELM_REFLECTOR(...)                                                                                            \
@@ -13,5 +15,24 @@ ZELM_REFLECTOR(unsigned long)
 ZELM_REFLECTOR(double)
 ZELM_REFLECTOR(bool)
 ZELM_REFLECTOR(std::string)
+
+template class ReflectorArray<int>;
+template class ReflectorArray<std::string>;
+
+namespace Private {
+
+// No exceptions, and "MetaDat": on purpose, for those who look for these lines.
+
+void reportNoArray()
+{
+    std::cout << "Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't" << std::endl;
+}
+
+void reportCorruptArray(std::string const& name)
+{
+    std::cout << "Exception MetaDat::ReflectorArray MetaData Array corrupt for " << name << std::endl;
+}
+
+}  // namespace Private
 
 }  // namespace Zelm::MetaData

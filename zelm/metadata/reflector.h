@@ -16,6 +16,17 @@
 /// Any type that GetAs and SetAs know (typed_conversions.h) can be held, and any class derived from
 /// PartiallySerializableInterface, mirrored objects included. Such a class needs a default constructor and operator=.
 ///
+/// A ReflectorArray holds a sequence of the same types; there a class needs a default constructor and a copy
+/// constructor. Its form in the tree is an Array. One of int has a second form, an Object with the raw bytes in Base64
+/// text, and that is Base64Encoder.
+///
+///     ReflectorArray<std::string> nicknames{this, "nicknames", false};  // optional
+///     ReflectorArray<Person> children{this, "children", true};          // required: written as [] while empty
+///
+/// Single values and arrays differ in two things, on purpose. A value that can't be read is gone without a word, while
+/// an array keeps what it holds and prints a line on standard output. And an assignment between two arrays takes over
+/// whether the field has a value and is required, which one between two values never does.
+///
 /// Thread-safety: none of its own, as for mirrored objects.
 #pragma once
 
@@ -24,8 +35,12 @@
 #include "zelm/metadata/mirrored_object.h"
 #include "zelm/metadata/typed_conversions.h"
 
+#include <complex>
+#include <initializer_list>
 #include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace Zelm::MetaData {
 
@@ -49,6 +64,16 @@ template <class T> void writeValue(T const& value, Element& element)
     else
         SetAs<T>(value, element);
 }
+
+/// What stands under "type" in the object form of an array; 0 for types without one.
+template <class T> constexpr unsigned int typeCode = 0;
+template <> inline constexpr unsigned int typeCode<bool> = 1;
+template <> inline constexpr unsigned int typeCode<std::complex<bool>> = 2;
+template <> inline constexpr unsigned int typeCode<int> = 9;
+
+/// The lines on standard output for arrays that can't be read.
+ZELM_EXPORT void reportNoArray();
+ZELM_EXPORT void reportCorruptArray(std::string const& name);
 
 }  // namespace Private
 
@@ -123,6 +148,133 @@ public:
     }
 };
 
+/// The compact form of an array, for int, bool and std::complex<bool>: an Object with these keys.
+///
+///     "type"    which of the three: 9, 1 or 2
+///     "len"     the number of elements
+///     "base64"  their bytes as Base64 text; not there if there are no elements
+///
+/// An int goes as its four bytes, the lowest first. Of bool eight go into a byte and the first is its top bit; of
+/// std::complex<bool> four, each with the real part above the imaginary part. Unused low bits are 0.
+///
+///     Base64Encoder<bool> encoder;
+///     encoder.encode(flags);
+///     encoder.copyToMetaData(element["flags"]);
+template <class T> class ZELM_EXPORT Base64Encoder : private MirroredObject {
+    static_assert(Private::typeCode<T> != 0, "Only int, bool and std::complex<bool> have an object form.");
+
+public:
+    /// Stands for no elements.
+    Base64Encoder() = default;
+
+    using MirroredObject::copyFromMetaData;
+    using MirroredObject::copyToMetaData;
+
+    void encode(std::vector<T> const& values);
+
+    /// The elements that were encoded or read. Of another "type" prints "Exception MetaData::ReflectorArray wrong
+    /// encoded type" on standard output and leaves the vector alone. A "len" of 0 empties it, whatever the text.
+    ///
+    /// For int, "len" counts for nothing else: there are as many elements as the text holds. If that is no whole number
+    /// of them, it is rounded down, and the elements aren't read: old ones stay, new ones are 0. For the other two,
+    /// "len" is the number of elements, and those that the text doesn't reach are false.
+    ///
+    /// Throws Zelm::Exception::InvalidOperation if there is no "base64", and what decodeSize and decodeBase64 throw. A
+    /// bad character leaves a vector of int resized and partly filled; otherwise the vector is as it was.
+    void decode(std::vector<T>& values) const;
+
+private:
+    Reflector<unsigned int, false, true> type_{this, "type", Private::typeCode<T>};
+    Reflector<unsigned long, false, true> len_{this, "len", 0};
+    Reflector<std::string, false, true> base64_{this, "base64"};
+};
+
+/// The reflector for a field of any number of values.
+template <class T> class ZELM_EXPORT ReflectorArray : public ReflectorBase {
+public:
+    /// A required field with these elements. One of int is written in the object form from now on.
+    ReflectorArray(MirroredObject* parent, std::string const& name, std::vector<T> const& initial)
+        : ReflectorBase(parent, name, true), values_(initial), encoded_(hasObjectForm)
+    {
+    }
+    /// A field without elements, written as a plain array. A required one counts as having a value, the empty array.
+    /// The flag has to be a bool, so that {1} and {"a"} are taken for elements and not for the flag.
+    template <class Bool, class = std::enable_if_t<std::is_same_v<Bool, bool>>>
+    ReflectorArray(MirroredObject* parent, std::string const& name, Bool required)
+        : ReflectorBase(parent, name, required)
+    {
+    }
+
+    /// Whether the object form is written. Of effect for int only.
+    void setEncoded(bool encoded) { encoded_ = encoded; }
+    bool encoded() const { return encoded_; }
+
+    /// The elements. Throws Zelm::Exception::InvalidOperation
+    /// "> <name> < not initialized in Zelm::MetaData::ReflectorArray::operator()()" if there is no value.
+    std::vector<T> const& operator()() const
+    {
+        if (!initialized())
+            throwIfUninited("Zelm::MetaData::ReflectorArray::operator()()");
+        return values_;
+    }
+
+    /// The elements for writing. Asking for them gives the reflector a value, even if nothing is written then.
+    std::vector<T>& edit()
+    {
+        init();
+        return values_;
+    }
+
+    /// Writes the elements under this reflector's name. In the plain form what stands there becomes an Array of as many
+    /// elements, and each element is written into its place: of an Object that is there already, keys which the element
+    /// doesn't write stay. Without a value nothing happens, and an existing key stays.
+    void copyToMetaData(Element& target) const override;
+
+    /// The same as assign(source), but a source that is no Object gives MetaData::Exception "Bad cast: Can't convert
+    /// MetaData <kind> to Object".
+    void copyFromMetaData(Element const& source) override;
+
+    /// Takes the elements; a reflector without a value has one now.
+    virtual void assign(std::vector<T> const& values);
+
+    /// Takes the elements from the source's member of this name. The result is that of reset() if there is no such
+    /// member, or the source is no Object.
+    ///
+    /// A member that is no Array, or one whose elements can't be read, leaves elements and state as they were. All that
+    /// comes of it is a line on standard output, which may begin with "Exception" but is none:
+    ///  - "Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't"
+    ///  - "Exception MetaDat::ReflectorArray MetaData Array corrupt for <name>"
+    ///
+    /// A reflector of int takes any member that is no Array for the object form and replaces its elements by what
+    /// Base64Encoder::decode makes of it, with the line and the exceptions told there. That changes neither the state
+    /// nor the form that is written: a reflector without a value holds the elements and still has no value. A plain
+    /// Array, also one that can't be read, makes the plain form the one that is written.
+    virtual void assign(Element const& source);
+
+    /// Drops the elements and their memory. An optional reflector has no value afterwards.
+    void reset();
+
+    /// Takes over the elements, whether there is a value, whether the field is required, and the form that is written.
+    /// The name stays.
+    ReflectorArray& operator=(ReflectorArray const& other);
+    /// The same as assign(values).
+    ReflectorArray& operator=(std::vector<T> const& values)
+    {
+        assign(values);
+        return *this;
+    }
+    ReflectorArray& operator=(std::initializer_list<T> values) { return *this = std::vector<T>(values); }
+
+private:
+    static constexpr bool hasObjectForm = std::is_same_v<T, int>;
+
+    void takeCopyOf(std::vector<T> const& values);
+    static void appendFrom(Element const& element, std::vector<T>& values);
+
+    std::vector<T> values_;
+    bool encoded_ = false;
+};
+
 // ------------------------------------------------------------------------------------------------------- definitions
 
 template <class T, bool flag> void ReflectorNoWriteParend<T, flag>::copyToMetaData(Element& target) const
@@ -169,6 +321,110 @@ ReflectorNoWriteParend<T, flag>& ReflectorNoWriteParend<T, flag>::operator=(Refl
     return *this;
 }
 
+template <class T> void ReflectorArray<T>::copyToMetaData(Element& target) const
+{
+    if (!initialized())
+        return;
+
+    Element& element = target[name()];
+    if constexpr (hasObjectForm) {
+        if (encoded_) {
+            Base64Encoder<T> encoder;
+            encoder.encode(values_);
+            encoder.copyToMetaData(element);
+            return;
+        }
+    }
+
+    Array& array = element;
+    array.resize(values_.size());
+    auto place = array.begin();
+    for (auto const& value : values_)
+        Private::writeValue<T>(value, *place++);
+}
+
+template <class T> void ReflectorArray<T>::copyFromMetaData(Element const& source)
+{
+    source.CastTo<Object>();
+    assign(source);
+}
+
+template <class T> void ReflectorArray<T>::assign(std::vector<T> const& values)
+{
+    takeCopyOf(values);
+    init();
+}
+
+template <class T> void ReflectorArray<T>::assign(Element const& source)
+{
+    Element const* const element = findIn(source);
+    if (!element) {
+        reset();
+        return;
+    }
+
+    if (element->GetElementType() != ElementType::Array) {
+        if constexpr (hasObjectForm) {
+            Base64Encoder<T> encoder;
+            encoder.copyFromMetaData(*element);
+            encoder.decode(values_);  // no init(), on purpose
+        } else {
+            Private::reportNoArray();
+        }
+        return;
+    }
+
+    if constexpr (hasObjectForm)
+        encoded_ = false;  // before the elements are looked at, on purpose
+
+    try {
+        Array const& array = element->CastTo<Array>();
+        std::vector<T> values;
+        values.reserve(array.size());
+        for (Element const& entry : array)
+            appendFrom(entry, values);
+        assign(values);
+    } catch (...) {
+        // Ends here on purpose: a corrupt array must not keep the object's other members from being read.
+        Private::reportCorruptArray(name());
+    }
+}
+
+template <class T> void ReflectorArray<T>::reset()
+{
+    std::vector<T>().swap(values_);
+    uninit();
+}
+
+// All that belongs to a field's value, the state included, where the scalar reflectors move the value alone.
+template <class T> ReflectorArray<T>& ReflectorArray<T>::operator=(ReflectorArray const& other)
+{
+    takeCopyOf(other.values_);
+    ReflectorBase::operator=(other);
+    encoded_ = other.encoded_;
+    return *this;
+}
+
+template <class T> void ReflectorArray<T>::takeCopyOf(std::vector<T> const& values)
+{
+    if constexpr (Private::isSerialisable<T>)
+        std::vector<T>(values).swap(values_);  // asks for a copy constructor only
+    else
+        values_ = values;
+}
+
+template <class T> void ReflectorArray<T>::appendFrom(Element const& element, std::vector<T>& values)
+{
+    if constexpr (Private::isSerialisable<T>) {
+        values.emplace_back();
+        values.back().copyFromMetaData(element);
+    } else {
+        T value{};
+        GetAs<T>(element, value);
+        values.push_back(std::move(value));
+    }
+}
+
 // What the library itself uses and what most applications do is compiled once, in the library.
 #define ZELM_EXTERN_REFLECTOR(...)                                                                                     \
     extern template class ReflectorNoWriteParend<__VA_ARGS__, true>;                                                   \
@@ -183,5 +439,11 @@ ZELM_EXTERN_REFLECTOR(bool)
 ZELM_EXTERN_REFLECTOR(std::string)
 
 #undef ZELM_EXTERN_REFLECTOR
+
+extern template class Base64Encoder<int>;
+extern template class Base64Encoder<bool>;
+extern template class Base64Encoder<std::complex<bool>>;
+extern template class ReflectorArray<int>;
+extern template class ReflectorArray<std::string>;
 
 }  // namespace Zelm::MetaData
