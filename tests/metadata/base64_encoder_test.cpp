@@ -1,6 +1,7 @@
 #include "zelm/metadata/reflector.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
 #include "zelm/core/base64.h"
 
@@ -21,6 +22,7 @@ using Testing::integer;
 using Testing::number;
 using Testing::object;
 using Testing::string;
+using Zelm::Testing::printedBy;
 using Zelm::Testing::throwsText;
 
 using Complex = std::complex<bool>;
@@ -142,15 +144,18 @@ TEST(Base64EncoderOfInt, doesntReadElementsOnPurposeIfTheTextHoldsNoWholeNumberO
 {
     auto const sixBytes = textOf({1, 0, 0, 0, 2, 0});
 
-    ::testing::internal::CaptureStdout();
-    auto const grown = decoded<int>(form(9, 1, sixBytes));
-    auto const shrunk = decoded<int>(form(9, 1, sixBytes), {5, 6, 7});
-    auto const emptied = decoded<int>(form(9, 1, textOf({1, 2, 3})), {5});
+    std::vector<int> grown, shrunk, emptied;
+
+    std::string const printed = printedBy([&] {
+        grown = decoded<int>(form(9, 1, sixBytes));
+        shrunk = decoded<int>(form(9, 1, sixBytes), {5, 6, 7});
+        emptied = decoded<int>(form(9, 1, textOf({1, 2, 3})), {5});
+    });
 
     EXPECT_EQ(grown, std::vector<int>{0});
     EXPECT_EQ(shrunk, std::vector<int>{5});
     EXPECT_EQ(emptied, std::vector<int>{});
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(printed, "");
 }
 
 TEST(Base64EncoderOfInt, isResizedAndPartlyFilledByATextWithABadCharacter)
@@ -287,10 +292,9 @@ TYPED_TEST(AnyBase64Encoder, printsALineAndChangesNothingForAnotherType)
     for (Element const& element : {form(Sample<TypeParam>::type + 1, 1, "AAAAAA=="), form(0, 1, "AAAAAA=="),
                                    form(-1, 0), object({{"len", integer(1)}, {"base64", string("AAAAAA==")}}),
                                    object({{"type", string("9")}}), object({}), string("AAAAAA=="), Element()}) {
-        ::testing::internal::CaptureStdout();
-        auto const after = decoded<TypeParam>(element, before);
+        auto after = before;
 
-        EXPECT_EQ(::testing::internal::GetCapturedStdout(), wrongType);
+        EXPECT_EQ(printedBy([&] { after = decoded<TypeParam>(element, before); }), wrongType);
         EXPECT_EQ(after, before);
     }
 }

@@ -1,6 +1,7 @@
 #include "zelm/metadata/mirrored_object.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
 #include "zelm/metadata/reflector.h"
 
@@ -55,12 +56,9 @@ struct Point : MirroredObject {
     Reflector<int, false, true> y{this, "y"};
 };
 
-/// Reads while standard output is captured, and returns what was printed.
 std::string printedByReading(MirroredObject& target, Element const& source)
 {
-    ::testing::internal::CaptureStdout();
-    target.copyFromMetaData(source);
-    return ::testing::internal::GetCapturedStdout();
+    return Zelm::Testing::printedBy([&] { target.copyFromMetaData(source); });
 }
 
 // ------------------------------------------------------------------------------------------------------- registration

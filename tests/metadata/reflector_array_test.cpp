@@ -1,12 +1,12 @@
 #include "zelm/metadata/reflector.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
 
 #include <gtest/gtest.h>
 
 #include <complex>
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -23,6 +23,7 @@ using Testing::integer;
 using Testing::number;
 using Testing::object;
 using Testing::string;
+using Zelm::Testing::printedBy;
 using Zelm::Testing::throwsText;
 
 using Ints = ReflectorArray<int>;
@@ -73,13 +74,6 @@ template <class R> Element written(R const& reflector, Element target = {})
 {
     reflector.copyToMetaData(target);
     return target;
-}
-
-std::string printedBy(std::function<void()> const& call)
-{
-    ::testing::internal::CaptureStdout();
-    call();
-    return ::testing::internal::GetCapturedStdout();
 }
 
 // --------------------------------------------------------------------------------------- all element types in one form
