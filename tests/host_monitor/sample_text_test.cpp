@@ -1,0 +1,144 @@
+#include "reporters/sample_text.h"
+
+#include "host_monitor/host_readings.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ctime>
+
+namespace HostMonitor {
+
+using ::testing::ElementsAre;
+
+namespace {
+
+constexpr std::size_t wide = 1000;
+
+/// The lines without the first, the time, which depends on the time zone.
+std::vector<std::string> linesOf(Sample const& sample, std::size_t width = wide)
+{
+    auto lines = sampleLines(sample, width);
+    lines.erase(lines.begin());
+    return lines;
+}
+
+std::shared_ptr<CpuReading> cpuReading()
+{
+    auto const reading = std::make_shared<CpuReading>();
+    reading->sensor = "cpu";
+    reading->loadPercent = 12.5;
+    CoreLoad measured;
+    measured.core = 0;
+    measured.loadPercent = 10;
+    CoreLoad fresh;
+    fresh.core = 1;
+    reading->cores = {measured, fresh};
+    return reading;
+}
+
+class OtherReading : public Reading {
+public:
+    Field<std::string> state{this, "state", "good"};
+    ListField<std::string> tags{this, "tags", {"a", "b"}};
+};
+
+}  // namespace
+
+TEST(SampleText, showsAReadingsOwnFieldsAndThenItsLists)
+{
+    EXPECT_THAT(linesOf({cpuReading()}), ElementsAre("",                //
+                                                     "cpu",             //
+                                                     "  load %",        //
+                                                     "    12.5",        //
+                                                     "  core  load %",  //
+                                                     "     0    10.0",  //
+                                                     "     1       -"));
+}
+
+TEST(SampleText, showsReadingsInTheirOrder)
+{
+    auto const first = std::make_shared<Reading>();
+    first->sensor = "z";
+    auto const second = std::make_shared<Reading>();
+    second->sensor = "a";
+
+    EXPECT_THAT(linesOf({first, second}), ElementsAre("", "z", "", "a"));
+}
+
+TEST(SampleText, putsTextsInFrontAndErrorsLast)
+{
+    auto const reading = std::make_shared<DiskReading>();
+    reading->sensor = "disk";
+    FileSystemUsage good;
+    good.mountPoint = "/";
+    good.freeBytes = 1024;
+    FileSystemUsage bad;
+    bad.mountPoint = "/absent";
+    bad.error = "No such file or directory";
+    reading->fileSystems = {good, bad};
+
+    EXPECT_THAT(linesOf({reading}), ElementsAre("",                               //
+                                                "disk",                           //
+                                                "  mount point     free  error",  //
+                                                "  /            1.0 KiB  -",      //
+                                                "  /absent            -  No such file or directory"));
+}
+
+TEST(SampleText, saysWhyNothingWasMeasured)
+{
+    auto const reading = std::make_shared<MemoryReading>();
+    reading->sensor = "memory";
+    reading->error = "/proc/meminfo: Permission denied";
+
+    EXPECT_THAT(linesOf({reading}), ElementsAre("", "memory", "  error", "  /proc/meminfo: Permission denied"));
+}
+
+TEST(SampleText, showsReadingsThatItHasNeverHeardOf)
+{
+    auto const reading = std::make_shared<OtherReading>();
+    reading->sensor = "other";
+
+    EXPECT_THAT(linesOf({reading}), ElementsAre("", "other", "  state  tags", "  good   a, b"));
+}
+
+TEST(SampleText, dividesTablesThatAreTooWide)
+{
+    EXPECT_THAT(linesOf({cpuReading()}, 13), ElementsAre("", "cpu", "  load %", "    12.5",  //
+                                                         "  core", "     0", "     1",       //
+                                                         "  load %", "    10.0", "       -"));
+}
+
+TEST(SampleText, letsNoSensorIdDisturbTheTerminal)
+{
+    auto const reading = std::make_shared<Reading>();
+    reading->sensor = "\x1b[2J";
+
+    EXPECT_THAT(linesOf({reading}), ElementsAre("", "?[2J"));
+}
+
+TEST(SampleText, beginsWithTheLocalTimeOfTheNewestReading)
+{
+    auto const older = std::make_shared<Reading>();
+    older->time = 1'700'000'000'999;
+    auto const newer = std::make_shared<Reading>();
+    newer->time = 1'700'000'001'000;
+    std::time_t const seconds = 1'700'000'001;
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char expected[64];
+    std::strftime(expected, sizeof expected, "%Y-%m-%d %H:%M:%S", &local);
+
+    EXPECT_EQ(sampleLines({newer, older}, wide).front(), expected);
+}
+
+TEST(SampleText, bearsATimeBeyondTheCalendar)
+{
+    auto const reading = std::make_shared<Reading>();
+    reading->time = std::numeric_limits<long>::max();
+
+    EXPECT_NE(sampleLines({reading}, wide).front(), "");
+}
+
+}  // namespace HostMonitor
