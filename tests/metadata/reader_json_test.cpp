@@ -344,6 +344,8 @@ TEST(TokenReader, tellsWhereTheScanFailed)
         {"x", "0:0@0"},
         {"", "0:0@0"},
         {"{\n  x", "1:2@4"},
+        {" \n\n x", "2:1@4"},
+        {"\n {\n  \"a\",\n x", "3:1@12"},
         {"{\r\n\r\n\tx", "2:1@6"},
         {"{\"a\nb\n\":x", "2:2@8"},
         {"{\"a\":truth}", "0:9@9"},        // behind the wrong byte

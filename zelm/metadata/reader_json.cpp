@@ -7,6 +7,7 @@
 #include <istream>
 #include <locale>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace Zelm::MetaData {
@@ -29,27 +30,70 @@ ReaderJson::ParseException::~ParseException() = default;
 namespace {
 
 using ParseException = ReaderJson::ParseException;
+using Private::TakenText;
 using Private::Token;
 using Type = Private::Token::Type;
 
-[[noreturn]] void throwAt(Token const& token, std::string const& message)
-{
-    throw ParseException(message, token.tokenStart, token.tokenEnd);
-}
+// ---------------------------------------------------------------------------------------------------------- cursor
+
+class TokenStream {
+public:
+    TokenStream(std::vector<Token> const& tokens, TakenText const& text) : tokens_(tokens), text_(text) {}
+
+    bool EOS() const { return next_ == tokens_.size(); }
+    bool nextIs(Type type) const { return !EOS() && tokens_[next_].type == type; }
+
+    Token const& Peek() const
+    {
+        if (!EOS())
+            return tokens_[next_];
+        if (tokens_.empty())  // never: the scanner ends behind a token
+            throw ParseException("No Tokens found in stream", {}, {});
+        throwAt(tokens_.back(), "Unexpected end of token stream!");
+    }
+
+    Token const& Get()
+    {
+        Token const& token = Peek();
+        ++next_;
+        return token;
+    }
+
+    Token const& MatchExpectedToken(Type type)
+    {
+        Token const& token = Get();
+        if (token.type != type)
+            throwAt(token, "Unexpected token: " + valueOf(token));
+        return token;
+    }
+
+    std::string_view rawTextOf(Token const& token) const { return text_.rawTextOf(token); }
+    std::string valueOf(Token const& token) const { return text_.valueOf(token); }
+
+    [[noreturn]] void throwAt(Token const& token, std::string const& message) const
+    {
+        throw ParseException(message, text_.positionAt(token.start), text_.positionAt(token.end));
+    }
+
+private:
+    std::vector<Token> const& tokens_;
+    TakenText const& text_;
+    std::size_t next_ = 0;
+};
 
 // ---------------------------------------------------------------------------------------------------------- numbers
 
 /// The rule: what the formatted input of a stream in the global locale makes of the token. On purpose only the end of
 /// the text is tested and not whether the conversion failed, so that "-" is 0 and "1e999" the largest double.
-template <class T> T convertByStream(Token const& token, char const* kind)
+template <class T> T convertByStream(Token const& token, TokenStream const& tokens, char const* kind)
 {
-    std::istringstream text(token.value);
+    std::istringstream text(tokens.valueOf(token));
     T value{};
     text >> value;
     if (text.eof())
         return value;
     auto const atFault = static_cast<unsigned char>(text.peek());  // 0xFF if the conversion failed before the end
-    throwAt(token, std::string("Unexpected character in ") + kind + " token: " + static_cast<char>(atFault));
+    tokens.throwAt(token, std::string("Unexpected character in ") + kind + " token: " + static_cast<char>(atFault));
 }
 
 /// Whether std::from_chars may stand in for the stream: that one reads in the global locale and rounds by the rounding
@@ -62,7 +106,7 @@ bool streamsConvertPlainly()
 /// A token that from_chars takes in whole and without an error is taken in whole by the stream as well, to the same
 /// double: an optional '-', digits with an optional point, and an optional exponent, correctly rounded. Anything else,
 /// a result out of range included, is left to the rule.
-bool convertQuickly(std::string const& text, double& value)
+bool convertQuickly(std::string_view text, double& value)
 {
     auto const end = text.data() + text.size();
     auto const result = std::from_chars(text.data(), end, value);
@@ -70,43 +114,6 @@ bool convertQuickly(std::string const& text, double& value)
 }
 
 // ----------------------------------------------------------------------------------------------------------- parser
-
-/// A cursor over the tokens. Values are handed out for moving from, since each is looked at once.
-class TokenStream {
-public:
-    explicit TokenStream(std::vector<Token>& tokens) : tokens_(tokens) {}
-
-    bool EOS() const { return next_ == tokens_.size(); }
-    bool nextIs(Type type) const { return !EOS() && tokens_[next_].type == type; }
-
-    Token& Peek() const
-    {
-        if (!EOS())
-            return tokens_[next_];
-        if (tokens_.empty())
-            throw ParseException("No Tokens found in stream", {}, {});
-        throwAt(tokens_.back(), "Unexpected end of token stream!");
-    }
-
-    Token& Get()
-    {
-        Token& token = Peek();
-        ++next_;
-        return token;
-    }
-
-private:
-    std::vector<Token>& tokens_;
-    std::size_t next_ = 0;
-};
-
-std::string& MatchExpectedToken(Type type, TokenStream& tokens)
-{
-    Token& token = tokens.Get();
-    if (token.type != type)
-        throwAt(token, "Unexpected token: " + token.value);
-    return token.value;
-}
 
 /// Values are parsed in place, so that a failure leaves what was complete until then.
 class Parser {
@@ -116,11 +123,17 @@ public:
     void Parse(Element& element);
     void Parse(Object& object);
     void Parse(Array& array);
-    void Parse(Trivial_T<std::string>& value) { value = std::move(MatchExpectedToken(Type::StringToken, tokens_)); }
+    void Parse(Trivial_T<std::string>& value)
+    {
+        value = tokens_.valueOf(tokens_.MatchExpectedToken(Type::StringToken));
+    }
     void Parse(Trivial_T<double>& value);
     void Parse(Trivial_T<long>& value);
-    void Parse(Trivial_T<bool>& value) { value = MatchExpectedToken(Type::BooleanToken, tokens_) == "true"; }
-    void Parse(Null&) { MatchExpectedToken(Type::NullToken, tokens_); }
+    void Parse(Trivial_T<bool>& value)
+    {
+        value = tokens_.rawTextOf(tokens_.MatchExpectedToken(Type::BooleanToken)) == "true";
+    }
+    void Parse(Null&) { tokens_.MatchExpectedToken(Type::NullToken); }
 
 private:
     void ParseMember(Object& object);
@@ -154,75 +167,78 @@ void Parser::Parse(Element& element)
     case Type::Colon:
         break;
     }
-    throwAt(next, "Unexpected token: " + next.value);
+    tokens_.throwAt(next, "Unexpected token: " + tokens_.valueOf(next));
 }
 
 void Parser::Parse(Object& object)
 {
-    MatchExpectedToken(Type::ObjectOpen, tokens_);
+    tokens_.MatchExpectedToken(Type::ObjectOpen);
     bool more = !tokens_.EOS() && !tokens_.nextIs(Type::ObjectClose);
     while (more) {
         ParseMember(object);
         more = tokens_.nextIs(Type::Comma);
         if (more)
-            MatchExpectedToken(Type::Comma, tokens_);
+            tokens_.MatchExpectedToken(Type::Comma);
     }
-    MatchExpectedToken(Type::ObjectClose, tokens_);
+    tokens_.MatchExpectedToken(Type::ObjectClose);
 }
 
 void Parser::ParseMember(Object& object)
 {
     Object::Member member;
     Token const& first = tokens_.Peek();
-    member.name() = std::move(MatchExpectedToken(Type::StringToken, tokens_));
-    MatchExpectedToken(Type::Colon, tokens_);
+    member.name() = tokens_.valueOf(tokens_.MatchExpectedToken(Type::StringToken));
+    tokens_.MatchExpectedToken(Type::Colon);
     Parse(member.element());
     try {
         object.insert(std::move(member));
     } catch (Exception const&) {
         // Never reached, on purpose: a duplicate name is reported as Zelm::Exception::InvalidParameter, which is no
         // MetaData::Exception, and goes to the caller as it stands, without a position.
-        throwAt(first, "Duplicate object member token: " + member.name());
+        tokens_.throwAt(first, "Duplicate object member token: " + member.name());
     }
 }
 
 void Parser::Parse(Array& array)
 {
-    MatchExpectedToken(Type::ArrayOpen, tokens_);
+    tokens_.MatchExpectedToken(Type::ArrayOpen);
     bool more = !tokens_.EOS() && !tokens_.nextIs(Type::ArrayClose);
     while (more) {
         Parse(*array.insert(Element()));
         more = tokens_.nextIs(Type::Comma);
         if (more)
-            MatchExpectedToken(Type::Comma, tokens_);
+            tokens_.MatchExpectedToken(Type::Comma);
     }
-    MatchExpectedToken(Type::ArrayClose, tokens_);
+    tokens_.MatchExpectedToken(Type::ArrayClose);
 }
 
 void Parser::Parse(Trivial_T<double>& value)
 {
     Token const& token = tokens_.Peek();
-    MatchExpectedToken(Type::NumberToken, tokens_);
+    tokens_.MatchExpectedToken(Type::NumberToken);
     double number = 0;
-    value = quickNumbers_ && convertQuickly(token.value, number) ? number : convertByStream<double>(token, "NUMBER");
+    value = quickNumbers_ && convertQuickly(tokens_.rawTextOf(token), number)
+                ? number
+                : convertByStream<double>(token, tokens_, "NUMBER");
 }
 
 /// Always ends in the exception of MatchExpectedToken, since the scanner makes no such token.
 void Parser::Parse(Trivial_T<long>& value)
 {
     Token const& token = tokens_.Peek();
-    MatchExpectedToken(Type::IntegerToken, tokens_);
-    value = convertByStream<long>(token, "INTEGER");
+    tokens_.MatchExpectedToken(Type::IntegerToken);
+    value = convertByStream<long>(token, tokens_, "INTEGER");
 }
 
 template <class T> void readOne(T& value, std::istream& stream)
 {
-    auto all = Private::Scan(stream);
-    TokenStream tokens(all);
+    TakenText text;
+    auto const all = Private::Scan(stream, text);
+    TokenStream tokens(all, text);
     Parser(tokens).Parse(value);
     if (!tokens.EOS()) {
         Token const& next = tokens.Peek();
-        throwAt(next, "Expected End of token stream; found " + next.value);
+        tokens.throwAt(next, "Expected End of token stream; found " + tokens.valueOf(next));
     }
 }
 

@@ -9,9 +9,9 @@
 ///
 ///  - The token reader takes exactly one brace-balanced Object from the stream and stops behind its closing brace, so
 ///    that several Objects may follow each other on one stream. It throws on the first fault. It is laxer and stricter
-///    than JSON: every number becomes a Number, never an Integer; anything that the stream extraction of a double takes
-///    for a number is one (007, and - or 1e as 0); raw control characters may stand in strings; white space is that of
-///    std::isspace; but no "\u" escape is understood, and a name that occurs twice is an error.
+///    than JSON: every number becomes a Number, never an Integer; a number is whatever the stream extraction of a
+///    double runs through (007 is 7, - and 1e are 0); raw control characters may stand in strings; white space is that
+///    of std::isspace; but no "\u" escape is understood, and a name that occurs twice is an error.
 ///  - The fast path takes strict JSON text in one piece and reports a fault by a line on standard output only.
 ///
 /// Thread-safety: calls don't share anything; stream and target are the caller's to protect.

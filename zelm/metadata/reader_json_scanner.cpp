@@ -13,20 +13,20 @@ namespace Zelm::MetaData::Private {
 namespace {
 
 using ScanException = ReaderJson::ScanException;
-using StreamPosition = ReaderJson::StreamPosition;
 
 // What the end of input, or a failed stream, reads as. A real byte of this value can't be told from it.
 constexpr unsigned char endOfInput = 0xFF;
 
-/// The text, read byte by byte through the stream, or in whole runs where they lie in the stream's buffer. The stream
-/// can't be told from one that was read byte by byte all the way: only its own functions ever ask for more input, meet
-/// the end or fail.
+/// The stream, read byte by byte with its own functions, or in whole runs where they lie in its buffer. It can't be
+/// told from one that was read byte by byte all the way: only its own functions ever ask for more input, meet the end
+/// or fail.
 class InputStream {
 public:
-    explicit InputStream(std::istream& stream) : stream_(stream) { findBuffer(); }
+    InputStream(std::istream& stream, TakenText& text) : stream_(stream), text_(text) { findBuffer(); }
 
-    StreamPosition const& position() const { return position_; }
     bool failed() const { return stream_.fail(); }
+    std::size_t offset() const { return text_.size(); }
+    ReaderJson::StreamPosition position() const { return text_.positionAt(offset()); }
 
     /// The next byte, which stays.
     unsigned char Peek()
@@ -35,16 +35,11 @@ public:
         return bytes.empty() ? peekThroughStream() : static_cast<unsigned char>(bytes.front());
     }
 
-    /// The next byte, taken with the stream's own get; counted even at the end of input.
+    /// The next byte, taken with the stream's own get. At the end of input that counts as a byte too.
     unsigned char Get()
     {
-        auto const byte = stream_.fail() ? endOfInput : static_cast<unsigned char>(stream_.get());
-        findBuffer();
-        ++position_.documentOffset;
-        if (byte == '\n')
-            startLine();
-        else
-            ++position_.lineOffset;
+        auto const byte = getThroughStream();
+        text_.append(static_cast<char>(byte));
         return byte;
     }
 
@@ -54,19 +49,14 @@ public:
     /// Takes the first `count` bytes of what is readable.
     void take(std::size_t count)
     {
-        if (count == 0)
-            return;
-        auto const bytes = readable().substr(0, count);
-        auto const lastLineFeed = bytes.rfind('\n');
-        if (lastLineFeed == std::string_view::npos) {
-            position_.lineOffset += static_cast<std::uint32_t>(count);
-        } else {
-            position_.line += static_cast<std::uint32_t>(std::count(bytes.begin(), bytes.end(), '\n'));
-            position_.lineOffset = static_cast<std::uint32_t>(count - lastLineFeed - 1);
-        }
-        position_.documentOffset += static_cast<std::uint32_t>(count);
+        if (!buffer_)
+            return;  // nothing is readable, so count is 0
+        text_.append(readable().substr(0, count));
         StreamBuffer::skip(*buffer_, count);
     }
+
+    /// Takes white space: as much of it as is readable or, if nothing is, the next byte, which is some.
+    void skipWhiteSpace();
 
     /// Makes the stream's gcount that of a peek, for a failure that follows one.
     void endOnPeek()
@@ -76,6 +66,13 @@ public:
     }
 
 private:
+    unsigned char getThroughStream()
+    {
+        auto const byte = stream_.fail() ? endOfInput : static_cast<unsigned char>(stream_.get());
+        findBuffer();
+        return byte;
+    }
+
     unsigned char peekThroughStream()
     {
         auto const byte = stream_.fail() ? endOfInput : static_cast<unsigned char>(stream_.peek());
@@ -86,27 +83,24 @@ private:
     /// After each call of the stream, since its state may have changed.
     void findBuffer() { buffer_ = readsFromItsBufferAlone(stream_) ? stream_.rdbuf() : nullptr; }
 
-    void startLine()
-    {
-        ++position_.line;
-        position_.lineOffset = 0;
-    }
-
     std::istream& stream_;
+    TakenText& text_;
     std::streambuf* buffer_ = nullptr;  // none while bytes must be read through the stream
-    StreamPosition position_;
 };
 
-/// std::isspace in the C library's locale. No locale has white space among the visible ASCII characters.
-bool isWhiteSpace(unsigned char byte)
-{
-    return (byte <= ' ' || byte >= 0x7F) && std::isspace(byte) != 0;
-}
+/// std::isspace in the C library's locale. It is true for six characters in every locale, and for no visible ASCII
+/// character in any.
+constexpr auto isWhiteSpace = [](unsigned char byte) {
+    if (byte == ' ' || (byte >= '\t' && byte <= '\r'))
+        return true;
+    return (byte < ' ' || byte >= 0x7F) && std::isspace(byte) != 0;
+};
 
-bool isNumberCharacter(unsigned char byte)
-{
+constexpr auto isNumberCharacter = [](unsigned char byte) {
     return (byte >= '0' && byte <= '9') || byte == '.' || byte == 'e' || byte == 'E' || byte == '-' || byte == '+';
-}
+};
+
+constexpr auto isPlainInString = [](unsigned char byte) { return byte != '"' && byte != '\\'; };
 
 /// What an escape stands for, by the byte behind the backslash; 0 for a byte that makes none. On purpose no 'u'.
 constexpr std::array<char, 256> makeEscapedBytes()
@@ -124,23 +118,49 @@ constexpr std::array<char, 256> makeEscapedBytes()
 }
 constexpr auto escapedBytes = makeEscapedBytes();
 
+char escapedByte(char letter)
+{
+    return escapedBytes[static_cast<unsigned char>(letter)];
+}
+
 template <class Predicate> std::size_t runLength(std::string_view bytes, Predicate belongs)
 {
-    auto const end = std::find_if_not(bytes.begin(), bytes.end(),
-                                      [&](char byte) { return belongs(static_cast<unsigned char>(byte)); });
-    return static_cast<std::size_t>(end - bytes.begin());
+    std::size_t length = 0;
+    while (length < bytes.size() && belongs(static_cast<unsigned char>(bytes[length])))
+        ++length;
+    return length;
+}
+
+void InputStream::skipWhiteSpace()
+{
+    auto const bytes = readable();
+    if (!buffer_ || bytes.empty()) {
+        char const byte = static_cast<char>(getThroughStream());
+        text_.appendWhiteSpace({&byte, 1});
+        return;
+    }
+    auto const run = runLength(bytes, isWhiteSpace);
+    text_.appendWhiteSpace(bytes.substr(0, run));
+    StreamBuffer::skip(*buffer_, run);
 }
 
 unsigned char GetNextNonWhiteSpaceChar(InputStream& stream)
 {
     for (;;) {
-        stream.take(runLength(stream.readable(), isWhiteSpace));
         auto const next = stream.Peek();
         if (!isWhiteSpace(next))
             return next;
-        if (stream.readable().empty())
-            stream.Get();
+        stream.skipWhiteSpace();
     }
+}
+
+/// Takes a byte that is next already.
+void takeNext(InputStream& stream)
+{
+    if (stream.readable().empty())
+        stream.Get();
+    else
+        stream.take(1);
 }
 
 void MatchExpectedString(InputStream& stream, std::string_view expected)
@@ -155,35 +175,25 @@ void MatchExpectedString(InputStream& stream, std::string_view expected)
 }
 
 /// Takes a backslash, which is next, and what stands behind it.
-char ExtractEscape(InputStream& stream)
+void ExtractEscape(InputStream& stream)
 {
     auto const bytes = stream.readable();
-    if (bytes.size() > 1) {
-        if (char const byte = escapedBytes[static_cast<unsigned char>(bytes[1])]) {
-            stream.take(2);
-            return byte;
-        }
+    if (bytes.size() > 1 && escapedByte(bytes[1]) != 0) {
+        stream.take(2);
+        return;
     }
     stream.Get();
-    auto const letter = stream.Get();
-    char const byte = escapedBytes[letter];
-    if (byte == 0)
-        throw ScanException(std::string("Unrecognized escape sequence found in string: \\") + static_cast<char>(letter),
+    auto const letter = static_cast<char>(stream.Get());
+    if (escapedByte(letter) == 0)
+        throw ScanException(std::string("Unrecognized escape sequence found in string: \\") + letter,
                             stream.position());
-    return byte;
 }
 
-std::string ExtractString(InputStream& stream)
+void ExtractString(InputStream& stream)
 {
-    auto const isPlain = [](unsigned char byte) { return byte != '"' && byte != '\\'; };
     MatchExpectedString(stream, "\"");
-    std::string result;
     for (;;) {
-        auto const bytes = stream.readable();
-        auto const run = runLength(bytes, isPlain);
-        result.append(bytes, 0, run);
-        stream.take(run);
-
+        stream.take(runLength(stream.readable(), isPlainInString));
         // A string that isn't closed is endless: the end of input reads as 0xFF for ever, and only the allocator ends
         // that. Its failure is certain from here on, so it comes at once.
         if (stream.failed())
@@ -192,103 +202,134 @@ std::string ExtractString(InputStream& stream)
         if (next == '"')
             break;
         if (next == '\\')
-            result.push_back(ExtractEscape(stream));
+            ExtractEscape(stream);
         else if (stream.readable().empty())
-            result.push_back(static_cast<char>(stream.Get()));
+            stream.Get();
     }
     MatchExpectedString(stream, "\"");
-    return result;
 }
 
 /// All characters that may stand in a number, in any order: what they make up is the parser's affair.
-std::string MatchNumber(InputStream& stream)
+void MatchNumber(InputStream& stream)
 {
-    std::string result;
     for (;;) {
-        auto const bytes = stream.readable();
-        auto const run = runLength(bytes, isNumberCharacter);
-        result.append(bytes, 0, run);
-        stream.take(run);
-        auto const next = stream.Peek();
-        if (!isNumberCharacter(next))
-            return result;
+        stream.take(runLength(stream.readable(), isNumberCharacter));
+        if (!isNumberCharacter(stream.Peek()))
+            return;
         if (stream.readable().empty())
-            result.push_back(static_cast<char>(stream.Get()));
+            stream.Get();
     }
 }
 
-std::string takeCharacter(InputStream& stream, unsigned char next)
+/// Takes the token that begins with the byte `next`, and returns what it is.
+Token::Type ExtractToken(InputStream& stream, unsigned char next)
 {
-    if (stream.readable().empty())
-        stream.Get();
-    else
-        stream.take(1);
-    return std::string(1, static_cast<char>(next));
-}
-
-std::string takeWord(InputStream& stream, char const* word)
-{
-    MatchExpectedString(stream, word);
-    return word;
-}
-
-/// Fills in type and value of the token that begins with the byte `next`, if there is such a token.
-void ExtractToken(InputStream& stream, unsigned char next, Token& token)
-{
-    auto const set = [&token](Token::Type type, std::string&& value) {
-        token.type = type;
-        token.value = std::move(value);
-    };
     switch (next) {
     case '{':
-        return set(Token::Type::ObjectOpen, takeCharacter(stream, next));
+        takeNext(stream);
+        return Token::Type::ObjectOpen;
     case '}':
         stream.Get();  // the stream's own, as this may be the last byte: gcount is that of a get then
-        return set(Token::Type::ObjectClose, "}");
+        return Token::Type::ObjectClose;
     case '[':
-        return set(Token::Type::ArrayOpen, takeCharacter(stream, next));
+        takeNext(stream);
+        return Token::Type::ArrayOpen;
     case ']':
-        return set(Token::Type::ArrayClose, takeCharacter(stream, next));
+        takeNext(stream);
+        return Token::Type::ArrayClose;
     case ',':
-        return set(Token::Type::Comma, takeCharacter(stream, next));
+        takeNext(stream);
+        return Token::Type::Comma;
     case ':':
-        return set(Token::Type::Colon, takeCharacter(stream, next));
+        takeNext(stream);
+        return Token::Type::Colon;
     case '"':
-        return set(Token::Type::StringToken, ExtractString(stream));
+        ExtractString(stream);
+        return Token::Type::StringToken;
     case 't':
-        return set(Token::Type::BooleanToken, takeWord(stream, "true"));
+        MatchExpectedString(stream, "true");
+        return Token::Type::BooleanToken;
     case 'f':
-        return set(Token::Type::BooleanToken, takeWord(stream, "false"));
+        MatchExpectedString(stream, "false");
+        return Token::Type::BooleanToken;
     case 'n':
-        return set(Token::Type::NullToken, takeWord(stream, "null"));
+        MatchExpectedString(stream, "null");
+        return Token::Type::NullToken;
     default:
-        if (next == '-' || (next >= '0' && next <= '9'))
-            return set(Token::Type::NumberToken, MatchNumber(stream));
-        stream.endOnPeek();
-        throw ScanException(std::string("Unexpected character in stream: ") + static_cast<char>(next),
-                            stream.position());
+        break;
     }
+    if (next == '-' || (next >= '0' && next <= '9')) {
+        MatchNumber(stream);
+        return Token::Type::NumberToken;
+    }
+    stream.endOnPeek();
+    throw ScanException(std::string("Unexpected character in stream: ") + static_cast<char>(next), stream.position());
+}
+
+/// Moves a position over the bytes.
+void advance(ReaderJson::StreamPosition& position, std::string_view bytes)
+{
+    auto const lastLineFeed = bytes.rfind('\n');
+    if (lastLineFeed == std::string_view::npos) {
+        position.lineOffset += static_cast<std::uint32_t>(bytes.size());
+    } else {
+        position.line += static_cast<std::uint32_t>(std::count(bytes.begin(), bytes.end(), '\n'));
+        position.lineOffset = static_cast<std::uint32_t>(bytes.size() - lastLineFeed - 1);
+    }
+    position.documentOffset += static_cast<std::uint32_t>(bytes.size());
 }
 
 }  // namespace
 
-std::vector<Token> Scan(std::istream& source)
+void TakenText::appendWhiteSpace(std::string_view bytes)
 {
-    InputStream stream(source);
+    if (bytes_.empty())
+        advance(origin_, bytes);
+    else
+        append(bytes);
+}
+
+std::string TakenText::valueOf(Token const& token) const
+{
+    auto rest = rawTextOf(token);
+    if (token.type != Token::Type::StringToken)
+        return std::string(rest);
+
+    rest = rest.substr(1, rest.size() - 2);  // without the quotes
+    std::string value;
+    for (;;) {
+        auto const backslash = rest.find('\\');
+        value.append(rest, 0, backslash);
+        if (backslash == std::string_view::npos)
+            return value;
+        value.push_back(escapedByte(rest[backslash + 1]));
+        rest.remove_prefix(backslash + 2);
+    }
+}
+
+TakenText::Position TakenText::positionAt(std::size_t offset) const
+{
+    auto position = origin_;
+    advance(position, std::string_view(bytes_).substr(0, offset));
+    return position;
+}
+
+std::vector<Token> Scan(std::istream& source, TakenText& text)
+{
+    InputStream stream(source, text);
     std::vector<Token> tokens;
     std::uint64_t objectDepth = 0;  // of braces alone: brackets don't count
     for (;;) {
         auto const next = GetNextNonWhiteSpaceChar(stream);
-        Token& token = tokens.emplace_back();
-        token.tokenStart = stream.position();
-        ExtractToken(stream, next, token);
-        token.tokenEnd = stream.position();
+        auto const start = stream.offset();
+        auto const type = ExtractToken(stream, next);
+        tokens.push_back({start, stream.offset(), type});
 
-        if (token.type == Token::Type::ObjectOpen)
+        if (type == Token::Type::ObjectOpen)
             ++objectDepth;
-        else if (token.type == Token::Type::ObjectClose && objectDepth <= 1)
+        else if (type == Token::Type::ObjectClose && objectDepth <= 1)
             return tokens;
-        else if (token.type == Token::Type::ObjectClose)
+        else if (type == Token::Type::ObjectClose)
             --objectDepth;
     }
 }

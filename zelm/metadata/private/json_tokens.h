@@ -1,5 +1,6 @@
 /// @file
-/// Private to the token reader: what its scanner hands to its parser.
+/// Private to the token reader: what its scanner hands to its parser. Tokens are slices of the text that was taken from
+/// the stream; what a slice stands for, and where it lies in lines, is found out when it is asked for.
 #pragma once
 
 #include "zelm/metadata/reader_json.h"
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Zelm::MetaData::Private {
@@ -26,14 +28,37 @@ struct Token {
         NullToken = 10,
     };
 
-    Type type = Type::NullToken;
-    std::string value;                      // the token's characters; of a string the decoded content
-    ReaderJson::StreamPosition tokenStart;  // where its first character was next
-    ReaderJson::StreamPosition tokenEnd;    // behind its last character
+    std::size_t start;  // offset in the text that was taken
+    std::size_t end;    // behind the last character
+    Type type;
 };
 
-/// Takes the tokens of the stream up to the closing brace that balances the first opening one, and nothing behind it.
+/// The text that was taken from a stream, one character for each step, the end of input included where it was taken.
+class TakenText {
+public:
+    using Position = ReaderJson::StreamPosition;
+
+    void append(std::string_view bytes) { bytes_.append(bytes); }
+    void append(char byte) { bytes_.push_back(byte); }
+    /// In front of the first token white space is counted but not kept: there may be any amount of it.
+    void appendWhiteSpace(std::string_view bytes);
+    std::size_t size() const { return bytes_.size(); }
+
+    std::string_view rawTextOf(Token const& token) const
+    {
+        return std::string_view(bytes_).substr(token.start, token.end - token.start);
+    }
+    /// The token's characters; of a string the decoded content.
+    std::string valueOf(Token const& token) const;
+    Position positionAt(std::size_t offset) const;
+
+private:
+    Position origin_;  // of the first byte kept
+    std::string bytes_;
+};
+
+/// Takes the stream's text up to the closing brace that balances the first opening one, and nothing behind it.
 /// Throws ScanException, and std::bad_alloc if the input ends inside a string.
-std::vector<Token> Scan(std::istream& source);
+std::vector<Token> Scan(std::istream& source, TakenText& text);
 
 }  // namespace Zelm::MetaData::Private
