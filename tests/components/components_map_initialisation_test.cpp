@@ -1,0 +1,355 @@
+#include "zelm/components/components_map.h"
+
+#include "tests/components/installed.h"
+#include "tests/components/map_runs.h"
+#include "tests/components/map_text.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_directory.h"
+#include "tests/support/temporary_installation.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace Zelm {
+namespace {
+
+using namespace Testing;
+namespace fs = std::filesystem;
+
+std::string const rival = TemporaryInstallation::libraryName("rival");
+
+// ------------------------------------------------------------------------------------------- the first start and later
+
+TEST(MapInitialisation, buildsTheMapAtTheFirstStartAndLoadsNothingAtTheSecond)
+{
+    TemporaryInstallation installation;
+    installation.add("engines");
+
+    expectBuilt(installation, enginesLog, 1, enginesMap, failedToOpen(installation));
+    expectAccepted(installation, enginesMap);
+}
+
+TEST(MapInitialisation, buildsAtEachStartWhereNoLibraryProvidesAComponent)
+{
+    TemporaryInstallation installation;
+    installation.add("missing_symbol");
+    MapText const map{{}, {{TemporaryInstallation::libraryName("missing_symbol"), writeTime}}};
+    std::string const log = "missing_symbol: loaded\n";
+
+    expectBuilt(installation, log, 1, map, failedToOpen(installation));
+    expectBuilt(installation, log, 1, map, rebuilding + "Component Map was missing component list\n");
+    expectBuilt(installation, log, 1, map, rebuilding + "Component Map was missing component list\n");
+}
+
+TEST(MapInitialisation, isFalseWithoutAnyLibraryAndWritesTheEmptyMapAllTheSame)
+{
+    TemporaryInstallation installation;
+
+    expectBuilt(installation, "", 0, {}, failedToOpen(installation));
+    expectBuilt(installation, "", 0, {}, rebuilding + "Component Map was missing component list\n");
+}
+
+TEST(MapInitialisation, keepsTheErrorsOfAnAcceptedFile)
+{
+    MapText map = enginesMap;
+    map.errors = {"from the last build"};
+
+    expectAccepted(InstalledEngines(map.text()), map);
+}
+
+TEST(MapInitialisation, looksForTheFileWhereTheEnvironmentSays)
+{
+    InstalledEngines const installation("{}");
+    TemporaryDirectory const elsewhere;
+    writeFile(elsewhere / "CMP_ComponentsMap.json", enginesMap.text());
+
+    auto const child =
+        runChild("initializesAMap", installation.options().set("ZELM_ComponentsMapDir", elsewhere.path()));
+
+    expectRun(child, outcome(true, 0, enginesMap), "");
+}
+
+// ------------------------------------------------------------------------------------------------ what a file may hold
+
+struct RefusedCase {
+    char const* why;
+    std::string file;
+    std::string reason;
+};
+
+std::string withVersion(std::string const& version)
+{
+    auto const text = enginesMap.text();
+    return text.substr(0, text.find("\"Version\"")) + "\"Version\" : " + version + "\n}";
+}
+
+MapText const noComponents{{}, {{engines, writeTime}}};
+MapText const noLibraries{{{"Engine", engines}}, {}};
+
+TEST(MapInitialisation, refusesAFileForItsFirstFaultAndBuilds)
+{
+    std::string const invalid = "version was invalid";
+    std::string const later = "patch was later than code reverting";
+    std::string const noComponentList = "Component Map was missing component list";
+    std::string const noLibraryList = "Component Map was missing library list";
+    auto const refusedVersion = [](MapText map, std::vector<int> version) {
+        map.version = std::move(version);
+        return map.text();
+    };
+
+    RefusedCase const cases[] = {
+        {"a later patch", withVersion("[1, 1, 5]"), later},
+        {"the next patch", withVersion("[1, 1, 1]"), later},
+        {"the last patch", withVersion("[1, 1, 2147483647]"), later},
+        {"another minor", withVersion("[1, 2, 0]"), invalid},
+        {"an older minor", withVersion("[1, 0, 0]"), invalid},
+        {"another major", withVersion("[2, 1, 0]"), invalid},
+        {"an older major", withVersion("[0, 1, 0]"), invalid},
+        {"the major before the patch", withVersion("[2, 1, 5]"), invalid},
+        {"no numbers on purpose", withVersion("[]"), invalid},
+        {"one number on purpose", withVersion("[1]"), invalid},
+        {"two numbers on purpose", withVersion("[1, 1]"), invalid},
+        {"no version at all", enginesMap.text().substr(0, enginesMap.text().find(",\n\t\"Version\"")) + "}", invalid},
+        {"no components", noComponents.text(), noComponentList},
+        {"no libraries", noLibraries.text(), noLibraryList},
+        {"the components before the libraries", MapText().text(), noComponentList},
+        {"the version before the components", refusedVersion({}, {1, 2, 0}), invalid},
+        {"the patch before the libraries", refusedVersion(noLibraries, {1, 1, 1}), later},
+        {"an object without anything", "{}", invalid},
+    };
+
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.why);
+        InstalledEngines const installation(row.file);
+
+        expectBuilt(installation, enginesLog, 1, enginesMap, rebuilding + row.reason + "\n");
+    }
+}
+
+TEST(MapInitialisation, acceptsAnyPatchUpToTheCodesOwn)
+{
+    for (std::string const version : {"1, 1, -1", "1, 1, -2147483648", "1, 1, 0", "1, 1, 0, 7", "1.0, 1e0, 0.9"}) {
+        SCOPED_TRACE(version);
+        InstalledEngines const installation(withVersion("[" + version + "]"));
+
+        auto const child = installation.run("initializesAMap");
+
+        EXPECT_EQ(child.out.substr(0, child.out.find('\n')), "-- true, 0 loaded");
+        EXPECT_EQ(child.err, "");
+    }
+}
+
+TEST(MapInitialisation, takesAVersionThatIsNoArrayForTheCodesOwnOnPurpose)
+{
+    for (std::string const version : {"\"9.9.9\"", "7", "null", "{}"}) {
+        SCOPED_TRACE(version);
+
+        expectAccepted(InstalledEngines(withVersion(version)), enginesMap,
+                       "Exception MetaData::ReflectorArray wrong encoded type\n");
+    }
+}
+
+TEST(MapInitialisation, buildsAtOnceWhenTheFileCantBeTakenIn)
+{
+    std::string const files[] = {
+        "",
+        " \n",
+        "garbage",
+        "null",
+        "[]",
+        "{",
+        R"({"Components" : [)",
+        R"({"Components" : [{"ComponentTypeName" : "Eng)",  // cut off inside a string
+        R"({"Components" : [{"ComponentTypeName" : "Eng\)",
+        R"({"Components" : [],})",
+        R"({"Components" : [], "Components" : []})",
+        R"({"Components" : "\u0041"})",
+        enginesMap.text().substr(0, enginesMap.text().size() - 1),
+    };
+
+    for (auto const& file : files) {
+        SCOPED_TRACE(file);
+
+        expectBuilt(InstalledEngines(file), enginesLog, 1, enginesMap, rebuilding + "couldn't load Components Map\n");
+    }
+}
+
+TEST(MapInitialisation, readsTheFileAsFarAsItsClosingBraceOnPurpose)
+{
+    expectAccepted(InstalledEngines(enginesMap.text() + " {\"Version\" : garbage \xFF"), enginesMap);
+}
+
+/// A map "file" that a writer keeps open behind the closing brace, so that its end never comes.
+TEST(MapInitialisation, doesNotWaitForTheEndOfTheFile)
+{
+    TemporaryInstallation installation;
+    installation.add("engines");
+    ASSERT_EQ(mkfifo(installation.mapFile().c_str(), 0600), 0);
+    int const writer = open(installation.mapFile().c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_GE(writer, 0);
+    auto const text = enginesMap.text();
+    ASSERT_EQ(write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+
+    expectRun(installation.run("initializesAMap"), outcome(true, 0, enginesMap), "");
+
+    close(writer);
+}
+
+TEST(MapInitialisation, keepsTheTypesOfARefusedFileInSight)
+{
+    MapText const old{{{"Engine", "libOld.so.1"}, {"Oar", "libOld.so.1"}}, {{"libOld.so.1", 1}}, {"old"}, {1, 2, 0}};
+    InstalledEngines const installation(old.text());
+    MapText map = enginesMap;
+    map.components.push_back({"Oar", "libOld.so.1", "Library with factory is missing"});
+
+    expectBuilt(installation, enginesLog, 1, map, rebuilding + "version was invalid\n");
+}
+
+// --------------------------------------------------------------------------------------------- comparing with the disk
+
+TEST(MapInitialisation, buildsSilentlyWhenALibraryWasWrittenAgain)
+{
+    for (long const time : {writeTime + 1, writeTime - 1, 0L, -5L}) {
+        SCOPED_TRACE(time);
+        InstalledEngines const installation;
+        setWriteTime(installation.library(engines), time);
+
+        expectBuilt(installation, enginesLog, 1, {enginesMap.components, {{engines, time}}}, "");
+    }
+}
+
+TEST(MapInitialisation, buildsSilentlyWhenALibraryWasRemoved)
+{
+    MapText map = enginesMap;
+    map.components.push_back({"Sail", rival});
+    map.libraries.push_back({rival, writeTime});
+    InstalledEngines const installation(map.text());
+
+    MapText expected = enginesMap;
+    expected.components.push_back({"Sail", rival, "Library with factory is missing"});
+    expectBuilt(installation, enginesLog, 1, expected, "");
+    expectAccepted(installation, expected);
+}
+
+TEST(MapInitialisation, buildsSilentlyWhenALibraryWasAdded)
+{
+    InstalledEngines installation;
+    installation.add("not_passive");
+    auto const libraries = installation.librariesInDirectoryOrder();
+    std::string const log = "not_passive: factory made\n";
+
+    expectBuilt(installation, libraries[0] == engines ? enginesLog + log : log + enginesLog, 2,
+                {enginesMap.components, {{libraries[0], writeTime}, {libraries[1], writeTime}}}, "");
+}
+
+TEST(MapInitialisation, buildsSilentlyAtEachStartWhileALibraryCantBeLoadedOnPurpose)
+{
+    InstalledEngines installation;
+    writeFile(installation.library("libtext.so.1"), "no library");
+    setWriteTime(installation.library("libtext.so.1"), writeTime);
+    auto const libraries = installation.librariesInDirectoryOrder();
+    MapText map{enginesMap.components, {}};
+    for (auto const& name : libraries)
+        map.libraries.push_back({name, writeTime});
+    map.libraries[libraries[0] == engines ? 1 : 0].error = "Error loading: " + installation.library("libtext.so.1") +
+                                                           " -> " + installation.library("libtext.so.1") +
+                                                           ": file too short";
+
+    expectBuilt(installation, enginesLog, 1, map, "");
+    expectBuilt(installation, enginesLog, 1, map, "");
+}
+
+TEST(MapInitialisation, passesOverARowWithoutAName)
+{
+    MapText map = enginesMap;
+    map.libraries.insert(map.libraries.begin(), {{"", 5}, {"", 6, "some error"}});
+
+    expectAccepted(InstalledEngines(map.text()), map);
+}
+
+TEST(MapInitialisation, followsALinkForTheWriteTimeOfARecordedLibrary)
+{
+    // A link is no candidate, but a row that names one is compared all the same.
+    InstalledEngines installation;
+    fs::create_symlink(engines, installation.library("liblink.so.1"));
+    MapText map = enginesMap;
+    map.libraries.push_back({"liblink.so.1", writeTime});
+    writeFile(installation.mapFile(), map.text());
+
+    expectAccepted(installation, map);
+}
+
+TEST(MapInitialisation, takesNoNoticeOfFilesThatAreNoCandidates)
+{
+    InstalledEngines const installation;
+    for (char const* name : {"libomniORB4.so.1", "libmyomniORB.so.1", "libQuobCore.so.1", "libZelmCoreMore.so.1.0.0",
+                             "libplain.so", "libdot.so.", "plain.so1"})
+        fs::copy_file(installation.library(engines), installation.library(name));
+    fs::create_symlink(engines, installation.library("liblink.so.1"));
+    fs::create_directory(installation.library("directory.so.1"));
+
+    expectAccepted(installation, enginesMap);
+}
+
+TEST(MapInitialisation, readsNothingIntoAMapThatHasLibraryRows)
+{
+    InstalledEngines const installation("garbage");
+    MapText const map{{}, {{engines, writeTime}}};
+
+    auto const child = installation.run("initializesAMapWithRows", {engines, std::to_string(writeTime)});
+
+    expectRun(child, outcome(true, 0, map), "");
+    EXPECT_EQ(readFile(installation.mapFile()), "garbage");
+}
+
+TEST(MapInitialisation, buildsWithoutReadingWhenTheRowsOfTheMapAreStale)
+{
+    InstalledEngines const installation("garbage");
+
+    auto const child = installation.run("initializesAMapWithRows", {engines, std::to_string(writeTime + 1)});
+
+    expectRun(child, enginesLog + outcome(true, 1, enginesMap), "");
+    EXPECT_EQ(readFile(installation.mapFile()), enginesMap.text());
+}
+
+struct TimeCase {
+    long written;
+    int kept;
+    bool matches;
+};
+
+TEST(MapInitialisation, comparesTheKept32BitsWithTheFullWriteTimeOnPurpose)
+{
+    TimeCase const cases[] = {
+        {2147483647, 2147483647, true},
+        {2147483648, -2147483647 - 1, false},
+        {4294967296 + 5, 5, false},
+        {-1, -1, true},
+    };
+
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.written);
+        TemporaryInstallation installation;
+        installation.add("engines");
+        setWriteTime(installation.library(engines), row.written);
+        struct stat attributes;
+        ASSERT_EQ(stat(installation.library(engines).c_str(), &attributes), 0);
+        if (attributes.st_mtime != row.written)
+            GTEST_SKIP() << "this file system doesn't keep the write time " << row.written;
+        MapText const map{enginesMap.components, {{engines, row.kept}}};
+
+        expectBuilt(installation, enginesLog, 1, map, failedToOpen(installation));
+        if (row.matches)
+            expectAccepted(installation, map);
+        else
+            expectBuilt(installation, enginesLog, 1, map, "");
+    }
+}
+
+}  // namespace
+}  // namespace Zelm

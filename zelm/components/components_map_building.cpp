@@ -1,0 +1,267 @@
+#include "zelm/components/component_factory.h"
+#include "zelm/components/components_map.h"
+#include "zelm/components/private/factory_function.h"
+#include "zelm/core/exceptions.h"
+#include "zelm/core/files.h"
+#include "zelm/core/install_paths.h"
+#include "zelm/core/shared_library_loader.h"
+#include "zelm/metadata/element.h"
+#include "zelm/metadata/reader_json.h"
+
+#include <algorithm>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <list>
+#include <set>
+#include <string>
+#include <utility>
+
+namespace Zelm {
+
+namespace {
+
+using Map = ComponentsRepository::Map;
+
+std::string const& componentsMapFile()
+{
+    static std::string const path = zelmComponentsMapDir() + "CMP_ComponentsMap.json";
+    return path;
+}
+
+std::string fileNameOf(FileInfo const& file)
+{
+    return stripFileName(file.path, false);
+}
+
+/// Whether the path shows the core library itself or one of the libraries that it must not be confused with. Anywhere
+/// in the path on purpose, directories included.
+bool isExcluded(FileInfo const& file)
+{
+    static constexpr char const* words[] = {"ZelmCore", "QuobCore", "omniORB"};
+    return std::any_of(std::begin(words), std::end(words),
+                       [&](char const* word) { return file.path.find(word) != std::string::npos; });
+}
+
+void findComponentLibraries(std::list<FileInfo>& files)
+{
+    files =
+        getFileList(zelmRoot() + componentsBinaryDir() + "*.so.*", IncludeFiles | ExcludeSymLinks | ExcludeDotNames);
+    files.remove_if(isExcluded);
+}
+
+// --------------------------------------------------------------------------------------------------- trusting the file
+
+/// Why a map that was read can't be trusted; empty if it can.
+std::string faultOf(Map const& map)
+{
+    auto const& version = map.version();
+    if (version.size() < codeVersion.size() || version[0] != codeVersion[0] || version[1] != codeVersion[1])
+        return "version was invalid";
+    if (version[2] > codeVersion[2])
+        return "patch was later than code reverting";
+    if (map.components().empty())
+        return "Component Map was missing component list";
+    if (map.sharedLibraries().empty())
+        return "Component Map was missing library list";
+    return {};
+}
+
+/// Takes in what the stream holds and returns why it can't be trusted; empty if it can.
+std::string readMap(Map& map, std::istream& stream)
+{
+    try {
+        MetaData::Object object;
+        MetaData::ReaderJson::Read(object, stream);
+        map.copyFromMetaData(MetaData::Element(std::move(object)));
+        return faultOf(map);
+    } catch (...) {  // whatever it is, a build mends it
+        return "couldn't load Components Map";
+    }
+}
+
+/// Fills the map from its file. Leaves it without library rows, which brings on a build, if the file isn't to be
+/// trusted. The other rows stay: the build compares with them.
+void loadMap(Map& map)
+{
+    std::ifstream file(componentsMapFile());
+    if (!file.is_open()) {
+        std::cerr << "Failed to open: " << componentsMapFile() << std::endl;
+        return;
+    }
+    auto const reason = readMap(map, file);
+    if (reason.empty())
+        return;
+    std::cerr << "Rebuilding Component Map since " << reason << std::endl;
+    map.sharedLibraries.reset();
+}
+
+/// Whether the library behind a row is another than the one that was scanned, or couldn't be loaded then.
+bool isStale(Map::LibInfo const& row)
+{
+    if (row.error.initialized())
+        return true;
+    long lastWriteTime = 0;
+    auto const path = zelmRoot() + componentsBinaryDir() + row.sharedObjectName();
+    if (!getLastFileWriteTime(path.c_str(), lastWriteTime))
+        return true;
+    // The full time on purpose: one that doesn't fit the row's 32 signed bits never matches.
+    return static_cast<long>(row.sharedObjectTimeStamp()) != lastWriteTime;
+}
+
+/// Whether the library rows say exactly what is on the disk. A row without a name is passed over.
+bool fitsTheDisk(std::vector<Map::LibInfo> const& rows)
+{
+    std::list<FileInfo> files;
+    findComponentLibraries(files);
+    std::set<std::string> namesOnDisk;
+    for (auto const& file : files)
+        namesOnDisk.insert(fileNameOf(file));
+
+    for (auto const& row : rows) {
+        namesOnDisk.erase(row.sharedObjectName());
+        if (!row.sharedObjectName().empty() && isStale(row))
+            return false;
+    }
+    return namesOnDisk.empty();
+}
+
+// ------------------------------------------------------------------------------------------------------------ building
+
+/// The row that tells how to make this type, or null if it can't be made.
+Map::Component* usableRow(Map& map, std::string const& type)
+{
+    try {
+        return &map[type];
+    } catch (Exception::FailedToCreateComponent const&) {
+        return nullptr;
+    }
+}
+
+/// The low 32 bits.
+int toTimeStamp(long lastWriteTime)
+{
+    return static_cast<int>(lastWriteTime);
+}
+
+void recordType(Map& map, std::string const& type, std::string const& libraryName)
+{
+    auto* const taken = usableRow(map, type);
+    if (!taken) {
+        // Also where the type's first row has an "Error" already: a row behind it is never reached, so that stands.
+        map.components.edit().emplace_back(type, libraryName);
+        return;
+    }
+    // Neither factory wins: from now on the type can't be made.
+    taken->error.assign("Error processing: " + type + " - Cannot add factory: " + libraryName +
+                        ", since component already has a factory: " + taken->factoryName());
+}
+
+/// Loads one library and records it, with the types that its factory supports.
+void scanLibrary(Map& map, FileInfo const& file)
+{
+    SharedLibraryLoader const library(file.path.c_str(), 0);
+    auto const name = fileNameOf(file);
+    auto& row = map.sharedLibraries.edit().emplace_back(name, toTimeStamp(file.lastWriteTime));
+    if (!library.isLoaded()) {
+        row.error.assign("Error loading: " + file.path + " -> " + library.errorString());
+        return;
+    }
+
+    auto const makeFactory = Private::factoryFunctionOf(library);
+    if (!makeFactory)
+        return;
+    auto const factory = makeFactory();
+    auto* const passive = dynamic_cast<LifeCycle::PassiveInterface*>(factory.get());
+    if (!passive)
+        return;
+
+    passive->startLifeCycle();  // a factory knows its types only from now on
+    for (auto const& entry : factory->supportedComponents())
+        recordType(map, entry.first, name);
+    passive->endLifeCycle();  // not reached if anything before it throws
+}
+
+/// Keeps a type visible that was in the map and isn't provided any more.
+void keepOldRow(Map& map, Map::Component const& old, std::vector<std::string>& messages)
+{
+    auto const& factory = old.factoryName();
+    // A type in conflict can't be made either and counts as gone on purpose: it gains a row in each build.
+    if (usableRow(map, old.componentTypeName()))
+        return;
+    auto& row = map.components.edit().emplace_back(old.componentTypeName(), factory);
+    try {
+        map.findLib(factory);  // there, but without this type: its factory's refusal will tell
+    } catch (Exception::MissingLibrary const&) {
+        row.error.assign("Library with factory is missing");
+    } catch (std::exception const& error) {
+        messages.emplace_back(error.what());
+    }
+}
+
+/// Puts the map together. What stops the scan is added to the messages, and the rows made until then stand.
+void scan(Map& map, std::list<FileInfo> const& files, std::vector<std::string>& messages)
+{
+    try {
+        auto const oldRows = std::move(map.components.edit());
+        map.version.assign(codeVersion);
+        map.version.setEncoded(false);
+        map.components.reset();
+        map.sharedLibraries.reset();
+        map.errors.reset();
+
+        for (auto const& file : files)
+            scanLibrary(map, file);
+        for (auto const& old : oldRows)
+            keepOldRow(map, old, messages);
+    } catch (std::exception const& error) {
+        messages.emplace_back(error.what());
+    }
+}
+
+/// Writes the map into its file, if that can be opened. A failure is not reported: the map in memory stands, and the
+/// next start builds again.
+void writeMap(Map const& map)
+{
+    std::ofstream file(componentsMapFile());
+    if (!file.is_open())
+        return;
+    MetaData::Element document;
+    map.copyToMetaData(document);
+    file << Json::metaDatatoJsonString(document.CastTo<MetaData::Object>());
+    try {
+        file.close();
+    } catch (...) {  // as above
+    }
+}
+
+}  // namespace
+
+bool initializeSourceMap(ComponentsRepository::Map& map)
+{
+    if (map.sharedLibraries().empty())
+        loadMap(map);
+    if (!map.sharedLibraries().empty() && !fitsTheDisk(map.sharedLibraries()))
+        map.sharedLibraries.reset();
+    if (!map.sharedLibraries().empty())
+        return true;
+
+    if (buildComponentsMap(map))
+        return true;
+    map.sharedLibraries.reset();
+    return false;
+}
+
+bool buildComponentsMap(ComponentsRepository::Map& map)
+{
+    std::list<FileInfo> files;
+    findComponentLibraries(files);
+    std::vector<std::string> messages;
+    scan(map, files, messages);
+    if (!messages.empty())
+        map.errors.assign(messages);
+    writeMap(map);
+    return !map.sharedLibraries().empty();
+}
+
+}  // namespace Zelm
