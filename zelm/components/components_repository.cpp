@@ -1,0 +1,207 @@
+#include "zelm/components/components_repository.h"
+
+#include "zelm/components/component_factory.h"
+#include "zelm/components/components_map.h"
+#include "zelm/components/core_component_factory.h"
+#include "zelm/core/exceptions.h"
+
+#include <iostream>
+#include <utility>
+
+namespace Zelm {
+
+std::string const factorySuffix = "->Factory";
+std::string const coreFactoryName = "CoreComponentFactory";
+
+namespace {
+
+/// Gives up the process's own share in the repository at exit. The components are ended while the pointer still stands,
+/// so that they may ask for the repository meanwhile.
+class ReleaseAtExit {
+public:
+    explicit ReleaseAtExit(std::shared_ptr<ComponentsRepositoryInterface>& repository) : repository_(repository) {}
+    ReleaseAtExit(ReleaseAtExit const&) = delete;
+    ReleaseAtExit& operator=(ReleaseAtExit const&) = delete;
+    ~ReleaseAtExit()
+    {
+        if (repository_.use_count() == 1)
+            repository_->releaseAllComponents();
+        repository_.reset();
+    }
+
+private:
+    std::shared_ptr<ComponentsRepositoryInterface>& repository_;
+};
+
+bool namesAFactory(std::string const& componentType)
+{
+    return componentType.size() >= factorySuffix.size() &&
+           componentType.compare(componentType.size() - factorySuffix.size(), factorySuffix.size(), factorySuffix) == 0;
+}
+
+/// A new factory of the library that `factoryType` names in front of the suffix.
+std::shared_ptr<ComponentInterface> createFactory(std::string const& factoryType)
+{
+    auto const factory =
+        getComponentFactoryFromSharedLibrary(factoryType.substr(0, factoryType.size() - factorySuffix.size()));
+    if (!factory)
+        throw Exception::FailedToCreateComponent(factoryType, "No component factory provided");
+    auto component = std::dynamic_pointer_cast<ComponentInterface>(factory);
+    if (!component)
+        throw Exception::FailedToCreateComponent(factoryType,
+                                                 "Component factory provided doesn't support ComponentInterface");
+    return component;
+}
+
+}  // namespace
+
+ComponentsRepositoryInterface::~ComponentsRepositoryInterface() = default;
+
+std::shared_ptr<ComponentsRepositoryInterface> ComponentsRepositoryInterface::getComponentsRepository()
+{
+    // The pointer itself is never destroyed: whoever asks after the release finds it empty.
+    static auto& repository =
+        *new std::shared_ptr<ComponentsRepositoryInterface>(std::make_shared<ComponentsRepository>());
+    static ReleaseAtExit const release(repository);
+    return repository;
+}
+
+ComponentsRepository::ComponentsRepository()
+{
+    GuardedRepo::Access access(repo_);
+    addComponent(access, std::make_shared<CoreComponentFactory_Impl>(), coreFactoryName);
+    initializeSourceMap(access->map);
+}
+
+ComponentsRepository::~ComponentsRepository()
+{
+    releaseAllComponents();
+}
+
+// ---------------------------------------------------------------------------------------------- instances in the table
+
+void ComponentsRepository::releaseAllComponents()
+{
+    std::vector<std::shared_ptr<ComponentInterface>> components;
+    {
+        GuardedRepo::Access access(repo_);
+        components.reserve(access->components.size());
+        for (auto const& entry : access->components)
+            components.push_back(entry.second);
+    }
+    for (auto const& component : components)
+        removeComponent(component);
+}
+
+Error ComponentsRepository::addComponent(std::shared_ptr<ComponentInterface> component, std::string const& instanceId)
+{
+    GuardedRepo::Access access(repo_);
+    return addComponent(access, std::move(component), instanceId);
+}
+
+Error ComponentsRepository::addComponent(GuardedRepo::Access& access, std::shared_ptr<ComponentInterface> component,
+                                         std::string const& instanceId)
+{
+    if (!component)
+        return InvalidParameter();
+    if (access->components.count(instanceId) != 0)
+        return AlreadyInRepository();
+
+    component->setInstanceId(instanceId);
+    if (auto* const passive = dynamic_cast<LifeCycle::PassiveInterface*>(component.get()))
+        passive->startLifeCycle();
+    access->components.insert_or_assign(instanceId, std::move(component));
+    return NoError();
+}
+
+Error ComponentsRepository::removeComponent(std::shared_ptr<ComponentInterface> component)
+{
+    if (!component)
+        return InvalidParameter();
+
+    // The id alone counts: what stands under it may be another object, and that one is ended then.
+    auto const removed = [&] {
+        GuardedRepo::Access access(repo_);
+        return locateComponent(access->components, component->instanceId(), true);
+    }();
+    if (!removed)
+        return NotInRepository();
+
+    if (auto* const passive = dynamic_cast<LifeCycle::PassiveInterface*>(removed.get()))
+        passive->endLifeCycle();
+    removed->setInstanceId("");
+    return NoError();
+}
+
+std::shared_ptr<ComponentInterface> ComponentsRepository::findComponent(std::string const& instanceId)
+{
+    GuardedRepo::Access access(repo_);
+    return locateComponent(access->components, instanceId, false);
+}
+
+std::shared_ptr<ComponentInterface>
+locateComponent(std::map<std::string, std::shared_ptr<ComponentInterface>>& components, std::string const& instanceId,
+                bool remove)
+{
+    auto const entry = components.find(instanceId);
+    if (entry == components.end())
+        return nullptr;
+    if (!remove)
+        return entry->second;
+    auto component = std::move(entry->second);
+    components.erase(entry);
+    return component;
+}
+
+// --------------------------------------------------------------------------------------------------- making components
+
+std::shared_ptr<ComponentInterface> ComponentsRepository::createComponent(std::string const& componentType,
+                                                                          std::vector<std::string> const& arguments)
+{
+    GuardedRepo::Access access(repo_);
+    return createComponent(access, componentType, arguments);
+}
+
+std::shared_ptr<ComponentInterface> ComponentsRepository::createComponent(GuardedRepo::Access& access,
+                                                                          std::string const& componentType,
+                                                                          std::vector<std::string> const& arguments)
+{
+    if (access->map.components().empty())
+        throw Exception::FailedToCreateComponent(componentType, "No Component Repository Data");
+    if (namesAFactory(componentType))
+        return createFactory(componentType);
+
+    auto const factoryType = std::as_const(access->map)[componentType].factoryName() + factorySuffix;
+    auto const instance = instantiateComponent(access, factoryType, factoryType, {});
+    auto* const factory = dynamic_cast<ComponentFactoryInterface*>(instance.get());
+    if (!factory) {
+        std::cerr << "Error loading ComponentFactory: " << factoryType << std::endl;
+        throw Exception::FailedToCreateComponent(factoryType, "Component factory failed to load");
+    }
+
+    auto component = factory->createComponent(componentType, arguments);
+    if (!component)
+        throw Exception::FailedToCreateComponent(componentType, "Component factory didn't create component");
+    return component;
+}
+
+std::shared_ptr<ComponentInterface>
+ComponentsRepository::instantiateComponent(std::string const& componentType, std::string const& instanceId,
+                                           std::vector<std::string> const& arguments)
+{
+    GuardedRepo::Access access(repo_);
+    return instantiateComponent(access, componentType, instanceId, arguments);
+}
+
+std::shared_ptr<ComponentInterface>
+ComponentsRepository::instantiateComponent(GuardedRepo::Access& access, std::string const& componentType,
+                                           std::string const& instanceId, std::vector<std::string> const& arguments)
+{
+    if (auto running = locateComponent(access->components, instanceId, false))
+        return running;
+    auto component = createComponent(access, componentType, arguments);
+    addComponent(access, component, instanceId);
+    return component;
+}
+
+}  // namespace Zelm
