@@ -342,8 +342,7 @@ TEST(MirroredObject, doesntTouchItsReflectorsWhenItEnds)
     EXPECT_EQ(longer(), 1);
 }
 
-// ------------------------------------------------------------------------------------ the interface and its
-// conversions
+// ----------------------------------------------------------------------------------- the interface and its conversions
 
 TEST(PartiallySerializableInterface, isReadAndWrittenByTheTypedConversions)
 {

@@ -1,6 +1,7 @@
 #include "zelm/metadata/reflector.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/support/failing_allocator.h"
 #include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
 
@@ -23,6 +24,7 @@ using Testing::integer;
 using Testing::number;
 using Testing::object;
 using Testing::string;
+using Zelm::Testing::failEachAllocationInTurn;
 using Zelm::Testing::printedBy;
 using Zelm::Testing::throwsText;
 
@@ -285,8 +287,7 @@ TYPED_TEST(AnyReflectorArray, readsAnEmptyArrayAsAValue)
     EXPECT_TRUE(reflector().empty());
 }
 
-// ------------------------------------------------------------------------------------------------- value and
-// assignment
+// ------------------------------------------------------------------------------------------------ value and assignment
 
 TEST(ReflectorArray, isGivenAValueByAskingForWriteAccess)
 {
@@ -388,18 +389,19 @@ TEST(ReflectorArray, isUnchangedByAssignmentFromItself)
     EXPECT_TRUE(rows() == std::vector<Row>{Row("a", 1)});
 }
 
+// Not inlined: the compiler guesses that any array may be one of these, and then warns that a plain one is too small.
 class Recording : public Strings {
 public:
     using Strings::ReflectorArray;
 
-    void assign(std::vector<std::string> const& values) override
+    [[gnu::noinline]] void assign(std::vector<std::string> const& values) override
     {
         calls += "values; ";
         if (refuse)
             throw std::runtime_error("refused");
         Strings::assign(values);
     }
-    void assign(Element const& source) override
+    [[gnu::noinline]] void assign(Element const& source) override
     {
         calls += "element; ";
         Strings::assign(source);
@@ -429,8 +431,34 @@ TEST(ReflectorArray, takesAnOverrideThatThrowsForACorruptArray)
     EXPECT_FALSE(reflector.initialized());
 }
 
-// ---------------------------------------------------------------------------------------------- int and its object
-// form
+TEST(ReflectorArray, staysAsItWasIfMemoryRunsOutWhileItTakesElements)
+{
+    std::string const text(100, 'x');
+    Strings const source(nullptr, "source", {text, text});
+    ReflectorArray<Row> const rowSource(nullptr, "source", {Row(text), Row(text)});
+    Strings target(nullptr, "target", false);
+    target = {"a", "b", "c"};
+    ReflectorArray<Row> rowTarget(nullptr, "target", false);
+    rowTarget = {Row("a"), Row("b"), Row("c")};
+
+    auto const stringsAreWhole = [&] {
+        EXPECT_FALSE(target.isRequired());
+        EXPECT_EQ(target(), (std::vector<std::string>{"a", "b", "c"}));
+    };
+    auto const rowsAreWhole = [&] {
+        EXPECT_FALSE(rowTarget.isRequired());
+        EXPECT_TRUE(rowTarget() == (std::vector<Row>{Row("a"), Row("b"), Row("c")}));
+    };
+    auto const failures = failEachAllocationInTurn([&] { target = source; }, stringsAreWhole);
+    auto const rowFailures = failEachAllocationInTurn([&] { rowTarget = rowSource; }, rowsAreWhole);
+
+    EXPECT_GT(failures, 0u);
+    EXPECT_GT(rowFailures, 0u);
+    EXPECT_EQ(target(), source());
+    EXPECT_TRUE(rowTarget() == rowSource());
+}
+
+// --------------------------------------------------------------------------------------------- int and its object form
 
 TEST(ReflectorArrayOfInt, isWrittenInTheObjectFormIfItWasGivenInitialElements)
 {

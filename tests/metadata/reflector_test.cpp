@@ -1,6 +1,7 @@
 #include "zelm/metadata/reflector.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/support/failing_allocator.h"
 #include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
 
@@ -22,6 +23,7 @@ using Testing::integer;
 using Testing::number;
 using Testing::object;
 using Testing::string;
+using Zelm::Testing::AllocationCount;
 using Zelm::Testing::printedBy;
 using Zelm::Testing::throwsText;
 
@@ -386,6 +388,22 @@ TEST(Reflector, saysWhichFieldIsntSet)
 
     EXPECT_THAT([&] { error(); }, throwsText<Zelm::Exception::InvalidOperation>(
                                       "> Error < not initialized in Zelm::MetaData::Reflector::operator()()"));
+}
+
+TEST(Reflector, allocatesNothingForReadingNumbersThatAreThereOrMissing)
+{
+    Point target;
+    Element const complete = object({{"x", integer(1)}, {"y", integer(2)}});
+    Element const empty = object({});
+
+    AllocationCount const allocations;
+    target.copyFromMetaData(complete);
+    int const sum = target.x() + target.y();
+    target.copyFromMetaData(empty);
+    auto const made = allocations.made();
+
+    EXPECT_EQ(sum, 3);
+    EXPECT_EQ(made, 0u);
 }
 
 TEST(Reflector, holdsAMirroredObjectInAnObject)

@@ -255,7 +255,7 @@ public:
     void reset();
 
     /// Takes over the elements, whether there is a value, whether the field is required, and the form that is written.
-    /// The name stays.
+    /// The name stays. If copying an element throws, all stays as it was.
     ReflectorArray& operator=(ReflectorArray const& other);
     /// The same as assign(values).
     ReflectorArray& operator=(std::vector<T> const& values)
@@ -407,10 +407,11 @@ template <class T> ReflectorArray<T>& ReflectorArray<T>::operator=(ReflectorArra
 
 template <class T> void ReflectorArray<T>::takeCopyOf(std::vector<T> const& values)
 {
-    if constexpr (Private::isSerialisable<T>)
-        std::vector<T>(values).swap(values_);  // asks for a copy constructor only
-    else
+    // A copy aside asks T for a copy constructor only, and one that fails leaves the old elements whole.
+    if constexpr (std::is_trivially_copyable_v<T>)
         values_ = values;
+    else
+        std::vector<T>(values).swap(values_);
 }
 
 template <class T> void ReflectorArray<T>::appendFrom(Element const& element, std::vector<T>& values)
