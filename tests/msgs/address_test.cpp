@@ -1,6 +1,7 @@
 #include "zelm/msgs/address.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/support/printed_by.h"
 #include "zelm/metadata/writer_json.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +21,7 @@ using MetaData::Testing::array;
 using MetaData::Testing::integer;
 using MetaData::Testing::object;
 using MetaData::Testing::string;
+using Zelm::Testing::printedBy;
 
 using Parts = std::vector<std::string>;
 
@@ -244,10 +246,10 @@ TEST(ReflectedAddressFromAnObject, keepsTheOldPartsAndPrintsALineForWhatIsNoArra
     Letter letter;
     letter.optional = Parts{"old"};
 
-    testing::internal::CaptureStdout();
-    letter.optional = object({{"optional", string("x")}}).CastTo<Object>();
-    letter.required = object({{"required", Element()}}).CastTo<Object>();
-    std::string const out = testing::internal::GetCapturedStdout();
+    std::string const out = printedBy([&] {
+        letter.optional = object({{"optional", string("x")}}).CastTo<Object>();
+        letter.required = object({{"required", Element()}}).CastTo<Object>();
+    });
 
     EXPECT_EQ(out, "Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't\n"
                    "Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't\n");
@@ -259,9 +261,9 @@ TEST(ReflectedAddressFromAnObject, keepsTheOldPartsAndPrintsALineForAPartThatIsN
     Letter letter;
     letter.optional = Parts{"old"};
 
-    testing::internal::CaptureStdout();
-    letter.optional = object({{"optional", array({string("x"), integer(2)})}}).CastTo<Object>();
-    std::string const out = testing::internal::GetCapturedStdout();
+    std::string const out = printedBy([&] {
+        letter.optional = object({{"optional", array({string("x"), integer(2)})}}).CastTo<Object>();
+    });
 
     EXPECT_EQ(out, "Exception MetaDat::ReflectorArray MetaData Array corrupt for optional\n");
     EXPECT_EQ(std::as_const(letter).optional(), (Parts{"old"}));
@@ -271,9 +273,7 @@ TEST(ReflectedAddressFromAnObject, staysUnsetIfItCantBeRead)
 {
     Letter letter;
 
-    testing::internal::CaptureStdout();
-    letter.optional = object({{"optional", array({integer(2)})}}).CastTo<Object>();
-    testing::internal::GetCapturedStdout();
+    printedBy([&] { letter.optional = object({{"optional", array({integer(2)})}}).CastTo<Object>(); });
 
     EXPECT_FALSE(letter.optional.initialized());
 }
