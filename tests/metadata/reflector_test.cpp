@@ -297,6 +297,17 @@ TEST(Reflector, isUnchangedByAssignmentFromItself)
     EXPECT_FALSE(unsetOne.initialized());
 }
 
+TEST(Reflector, isBuiltFromATemporaryWithoutACopy)
+{
+    std::string value = "a text too long to be stored inside of a string object";
+    char const* const storage = value.data();
+
+    Reflector<std::string, false, true> const text(nullptr, "text", std::move(value));
+
+    EXPECT_EQ(text().data(), storage);
+    EXPECT_TRUE(text.isRequired());
+}
+
 TEST(Reflector, takesAPlainValue)
 {
     Reflector<std::string, false, true> text(nullptr, "text");

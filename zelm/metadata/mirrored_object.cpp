@@ -1,5 +1,6 @@
 #include "zelm/metadata/mirrored_object.h"
 
+#include <cstddef>
 #include <iostream>
 
 namespace Zelm::MetaData {
@@ -17,6 +18,13 @@ template <> void SetAs<PartiallySerializableInterface>(PartiallySerializableInte
 }
 
 // --------------------------------------------------------------------------------------------------- MirroredObject
+
+namespace {
+
+/// Room that the list has from its first member on, so that an object of a handful of members allocates once for it.
+constexpr std::size_t usualMembers = 6;
+
+}  // namespace
 
 MirroredObject::MirroredObject() = default;
 MirroredObject::~MirroredObject() = default;
@@ -45,6 +53,8 @@ void MirroredObject::addReflection(ReflectorBase* member)
         return;
     if (hasMember(member->name()))
         throw Zelm::Exception::InvalidOperation("Object already contains an element with name: " + member->name());
+    if (members_.list.empty())
+        members_.list.reserve(usualMembers);
     members_.list.push_back(member);
 }
 

@@ -122,6 +122,10 @@ protected:
         : ReflectorBase(parent, name, true), value_(value)
     {
     }
+    ReflectorNoWriteParend(MirroredObject* parent, std::string const& name, T&& value)
+        : ReflectorBase(parent, name, true), value_(std::move(value))
+    {
+    }
 
 private:
     T value_;
@@ -136,6 +140,10 @@ public:
     /// A required field, as it is given a value when it is declared.
     Reflector(MirroredObject* parent, std::string const& name, T const& value)
         : ReflectorNoWriteParend<T, flag>(parent, name, value)
+    {
+    }
+    Reflector(MirroredObject* parent, std::string const& name, T&& value)
+        : ReflectorNoWriteParend<T, flag>(parent, name, std::move(value))
     {
     }
 

@@ -32,9 +32,9 @@ Exts::SenderId valueOf(ReflectedAddress const& address)
 
 // ------------------------------------------------------------------------------------- construction and assignment
 
-Message::Message(unsigned long id, std::string const& uuid)
+Message::Message(unsigned long id, std::string&& uuid)
     : senderID(this, "SenderID", false), destID(this, "DestID", false), messageID_(this, "MessageID", id),
-      msgUUID(this, "MsgUUID", uuid)
+      msgUUID(this, "MsgUUID", std::move(uuid))
 {
 }
 

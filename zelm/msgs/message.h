@@ -173,7 +173,7 @@ public:
     MetaData::Reflector<std::string, false, true> msgUUID;  ///< names this one message
 
 private:
-    Message(unsigned long id, std::string const& uuid);
+    Message(unsigned long id, std::string&& uuid);
 
     void readMembers(MetaData::Element const& source);
     void takeExtendedFields(MetaData::Object&& fields);
