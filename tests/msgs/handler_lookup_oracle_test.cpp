@@ -1,0 +1,304 @@
+// The look-up of handlers beside the plain way, written here as it is told, and beside a walk over the whole table.
+
+#include "zelm/msgs/handler_lookup.h"
+
+#include "zelm/msgs/message.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace Zelm::Msgs {
+namespace {
+
+using Address = std::vector<std::string>;
+using Group = MessageKey::HashingGroup;
+using MessagePtr = std::shared_ptr<Message const>;
+
+template <class Hash> using TableWith = std::unordered_map<MessageKey, int, Hash, std::equal_to<MessageKey>>;
+using Table = TableWith<MessageKey::Hasher>;
+
+/// Hashes alike, but isn't the library's own: findCovering takes the plain way then.
+struct ForeignHasher : MessageKey::Hasher {};
+
+constexpr unsigned short any = 65535;
+
+Group const groups[] = {Group::SenderAndDestination, Group::SenderOnly, Group::DestinationOnly, static_cast<Group>(3)};
+
+std::vector<int> sorted(std::vector<int> values)
+{
+    std::sort(values.begin(), values.end());
+    return values;
+}
+
+template <class Hash> std::vector<int> found(MessagePtr const& message, TableWith<Hash> const& table, Group group)
+{
+    std::vector<int> result;
+    for (int const* const value : findCovering(message, table, false, group))
+        result.push_back(*value);
+    return sorted(result);
+}
+
+template <class Hash> std::vector<int> byProbing(MessagePtr const& message, TableWith<Hash> const& table, Group group)
+{
+    MessageKey const key(*message, {});
+    std::vector<int> result;
+    for (auto const& permutation : MessageKey::hashMessagesList(key, group)) {
+        auto const entry = table.find(permutation);
+        if (entry != table.end() && entry->first.covers(key))
+            result.push_back(entry->second);
+    }
+    return sorted(result);
+}
+
+template <class Hash> std::vector<int> byWalking(MessagePtr const& message, TableWith<Hash> const& table)
+{
+    std::vector<int> result;
+    for (auto const& [key, value] : table) {
+        if (key.covers(MessageKey(*message, {})))
+            result.push_back(value);
+    }
+    return sorted(result);
+}
+
+/// Identifiers with each field one of 1, 2 and the wildcard.
+std::vector<unsigned long> smallIdentifiers()
+{
+    constexpr unsigned short values[] = {1, 2, any};
+    std::vector<unsigned long> result;
+    for (auto const category : values)
+        for (auto const sub1 : values)
+            for (auto const sub2 : values)
+                for (auto const type : values)
+                    result.push_back(Identifier::toValue(category, sub1, sub2, type));
+    return result;
+}
+
+/// Addresses of up to two of the parts "a", "b" and "".
+std::vector<Address> smallAddresses()
+{
+    std::vector<Address> result{{}};
+    for (char const* const first : {"a", "b", ""}) {
+        result.push_back({first});
+        for (char const* const second : {"a", "b", ""})
+            result.push_back({first, second});
+    }
+    return result;
+}
+
+TEST(FindCoveringOracle, walksSmallTablesAndProbesLargeOnesForEveryPatternAndIdentifier)
+{
+    auto const ids = smallIdentifiers();
+    Table large;
+    for (unsigned long const id : ids)
+        large.emplace(MessageKey(id, {}, {}), static_cast<int>(large.size()));
+
+    for (unsigned long const id : ids) {
+        SCOPED_TRACE(Identifier(id).value());
+        auto const message = std::make_shared<Message const>(id);
+        // By the five patterns alone, without a hash: those that go wild from the right, and the identifier itself.
+        std::vector<int> permutations;
+        for (auto const& [key, value] : large) {
+            for (unsigned long const wildcards : {0x0ul, 0xFFFFul, 0xFFFFFFFFul, 0xFFFFFFFFFFFFul, ~0x0ul}) {
+                if (key.id.value() == (id | wildcards)) {
+                    permutations.push_back(value);
+                    break;
+                }
+            }
+        }
+        EXPECT_EQ(found(message, large, Group::SenderAndDestination), sorted(permutations));
+
+        for (std::size_t begin = 0; begin < ids.size(); begin += 12) {
+            Table small;
+            for (std::size_t i = begin; i < std::min(begin + 12, ids.size()); ++i)
+                small.emplace(MessageKey(ids[i], {}, {}), static_cast<int>(i));
+            EXPECT_EQ(found(message, small, Group::DestinationOnly), byWalking(message, small));
+        }
+    }
+}
+
+TEST(FindCoveringOracle, findsWhatAPlainLookUpFindsForEveryPairOfAddresses)
+{
+    auto const addresses = smallAddresses();
+    Table table;
+    for (auto const& sender : addresses) {
+        for (auto const& dest : addresses)
+            table.emplace(MessageKey(7, sender, dest), static_cast<int>(table.size()));
+    }
+    ASSERT_GT(table.size(), 12u);
+
+    for (auto const& sender : addresses) {
+        for (auto const& dest : addresses) {
+            auto const message = std::make_shared<Message const>(7, sender, dest);
+            for (Group const group : groups)
+                EXPECT_EQ(found(message, table, group), byProbing(message, table, group));
+        }
+    }
+}
+
+/// Random keys and messages over a small alphabet, so that much coincides.
+class RandomKeys {
+public:
+    explicit RandomKeys(unsigned seed) : engine_(seed) {}
+
+    std::size_t below(std::size_t limit) { return std::uniform_int_distribution<std::size_t>(0, limit - 1)(engine_); }
+
+    unsigned long id() { return ids_[below(ids_.size())]; }
+
+    Address address(std::initializer_list<char const*> alphabet)
+    {
+        Address result;
+        for (auto length = below(4); length > 0; --length)
+            result.push_back(alphabet.begin()[below(alphabet.size())]);
+        return result;
+    }
+    Address address() { return address({"a", "b", ""}); }
+
+    /// One key in four has a fixed hash: none after all, that of another key, or any small number.
+    MessageKey key()
+    {
+        KeyHashFunction fixed;
+        if (below(4) == 0) {
+            unsigned long const hashes[] = {MessageKey::noHash,
+                                            MessageKey::Hasher()(MessageKey(id(), address(), address())), below(20)};
+            fixed = [hash = hashes[below(3)]](MessageKey const&) { return hash; };
+        }
+        return {id(), address(), address(), fixed};
+    }
+
+    MessagePtr message() { return std::make_shared<Message>(id(), address(), address()); }
+
+private:
+    std::mt19937 engine_;
+    std::vector<unsigned long> const ids_ = smallIdentifiers();
+};
+
+TEST(FindCoveringOracle, findsWhatAPlainLookUpFindsInRandomTables)
+{
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomKeys random(seed);
+        std::size_t const size = 13 + random.below(300);
+        Table table;
+        TableWith<ForeignHasher> plainTable;
+        if (seed % 2 == 0)
+            table.max_load_factor(100);  // few buckets, so that a look-up passes many keys of other hashes
+        for (int i = 0; table.size() < size; ++i) {
+            MessageKey const key = random.key();
+            table.emplace(key, i);
+            plainTable.emplace(key, i);
+        }
+        table.rehash(random.below(3) * size);
+
+        for (int i = 0; i < 40; ++i) {
+            auto const message = random.message();
+            for (Group const group : groups) {
+                EXPECT_EQ(found(message, table, group), byProbing(message, table, group));
+                EXPECT_EQ(found(message, plainTable, group), byProbing(message, plainTable, group));
+            }
+        }
+    }
+}
+
+/// Whether a subscription of this identifier is probed for at all.
+bool isPermutation(unsigned long pattern, unsigned long id)
+{
+    for (unsigned long const wildcards : {0x0ul, 0xFFFFul, 0xFFFFFFFFul, 0xFFFFFFFFFFFFul, ~0x0ul}) {
+        if (pattern == (id | wildcards))
+            return true;
+    }
+    return false;
+}
+
+// Senders and destinations of different parts, each address without a part twice and in one order only, so that no two
+// of them hash alike: then nothing is found twice or hidden, and patterns alone make the difference.
+TEST(FindCoveringOracle, findsWhatAWalkFindsOfThePatternsThatAreProbedWhereNoAddressesHashAlike)
+{
+    auto const distinctParts = [](RandomKeys& random, std::initializer_list<char const*> alphabet) {
+        Address address = random.address(alphabet);
+        std::sort(address.begin(), address.end());
+        address.erase(std::unique(address.begin(), address.end()), address.end());
+        return address;
+    };
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomKeys random(seed);
+        auto const sender = [&] { return distinctParts(random, {"a", "b", "c"}); };
+        auto const dest = [&] { return distinctParts(random, {"x", "y", "z"}); };
+        std::size_t const size = 1 + random.below(100);
+        Table table;
+        std::vector<MessageKey> keys;
+        while (table.size() < size) {
+            MessageKey const key(random.id(), sender(), dest());
+            if (table.emplace(key, static_cast<int>(keys.size())).second)
+                keys.push_back(key);
+        }
+
+        for (int i = 0; i < 40; ++i) {
+            auto const message = std::make_shared<Message const>(random.id(), sender(), dest());
+            std::vector<int> expected = byWalking(message, table);
+            if (size > 12)
+                expected.erase(std::remove_if(expected.begin(), expected.end(),
+                                              [&](int value) {
+                                                  auto const& key = keys[static_cast<std::size_t>(value)];
+                                                  return !isPermutation(key.id, message->id());
+                                              }),
+                               expected.end());
+            EXPECT_EQ(found(message, table, Group::SenderAndDestination), expected);
+            if (size > 12) {
+                EXPECT_EQ(byProbing(message, table, Group::SenderAndDestination), expected);
+            }
+        }
+    }
+}
+
+// A key whose fixed hash is the mark for none is hashed anew each time, in the table and in the look-up.
+TEST(FindCoveringOracle, findsWhatAPlainLookUpFindsWhereAHashIsTheMarkForNone)
+{
+    unsigned long const partsHash = MessageKey::hash({"a"}, 0);
+    std::pair<unsigned long, Address> const probed[] = {{MessageKey::noHash, {}},
+                                                        {MessageKey::noHash ^ partsHash, {"a"}}};
+    for (auto const& [id, parts] : probed) {
+        Table table;
+        TableWith<ForeignHasher> plainTable;
+        for (auto const& key : {MessageKey(id, parts, {}), MessageKey(id, {}, parts), MessageKey(id, {"b"}, {"b"})}) {
+            table.emplace(key, static_cast<int>(table.size()));
+            plainTable.emplace(key, static_cast<int>(plainTable.size()));
+        }
+        for (unsigned short i = 0; i < 20; ++i) {
+            table.emplace(MessageKey(Identifier::toValue(900, i, 0, 0), {}, {}), 100 + i);
+            plainTable.emplace(MessageKey(Identifier::toValue(900, i, 0, 0), {}, {}), 100 + i);
+        }
+        auto const message = std::make_shared<Message const>(id, parts, parts);
+
+        EXPECT_FALSE(found(message, table, Group::SenderOnly).empty());
+        for (Group const group : groups) {
+            EXPECT_EQ(found(message, table, group), byProbing(message, table, group));
+            EXPECT_EQ(found(message, plainTable, group), byProbing(message, plainTable, group));
+        }
+    }
+}
+
+TEST(FindCoveringOracle, takesTheFirstOfWhatItFindsIfOnlyOneIsWanted)
+{
+    RandomKeys random(1);
+    for (std::size_t const size : {12u, 200u}) {
+        Table table;
+        for (int i = 0; table.size() < size; ++i)
+            table.emplace(random.key(), i);
+
+        for (int i = 0; i < 400; ++i) {
+            auto const message = random.message();
+            auto const all = found(message, table, Group::SenderAndDestination);
+            auto const one = findCovering(message, table, true, Group::SenderAndDestination);
+            ASSERT_EQ(one.size(), all.empty() ? 0u : 1u);
+            if (!one.empty()) {
+                EXPECT_TRUE(std::binary_search(all.begin(), all.end(), *one.front()));
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Zelm::Msgs
