@@ -5,8 +5,7 @@
 ///     class Measured : public Msgs::Message {
 ///     public:
 ///         explicit Measured(double degrees) : Message(kind, {"plant", "press 3"}, {}) { celsius = degrees; }
-///         explicit Measured(MetaData::Object const& form) : Message(form) { copyFromMetaData(MetaData::Element(form));
-///         }
+///         explicit Measured(MetaData::Object const& form) : Message(form) { copyFromMetaData(form); }
 ///
 ///         static constexpr unsigned long kind = Msgs::Identifier::toValue(10, 1, 1, 7);
 ///         MetaData::Reflector<double, false, true> celsius{this, "Celsius"};
