@@ -1,0 +1,41 @@
+/// @file
+/// The monitor itself: creates the configured components, and carries readings from the sensors to the reporters.
+///
+/// Of the components it knows the two interfaces and nothing else; which types there are, and in which libraries, is
+/// the affair of the configuration and the repository.
+#pragma once
+
+#include "configuration.h"
+#include "stop_request.h"
+
+#include "host_monitor/reporter.h"
+#include "host_monitor/sensor.h"
+#include "zelm/components/components_repository.h"
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace HostMonitor {
+
+class Monitor {
+public:
+    /// Instantiates the components in the order of the configuration. Throws std::runtime_error, whose text names the
+    /// component, if one can't be created or is of no use here, and if there is no sensor or no reporter among them.
+    /// Those created by then stay in the repository.
+    Monitor(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration);
+
+    /// Waits for the interval, takes a sample and reports it, so many times or, if `samples` is 0, until a stop is
+    /// requested, which also ends a wait. The samples keep to the interval however long they take, and those that can't
+    /// are dropped. Throws what a reporter throws.
+    void run(std::chrono::microseconds interval, unsigned long samples, StopRequest& stop);
+
+private:
+    void create(Zelm::ComponentsRepositoryInterface& repository, Configuration::Component const& component);
+    void reportSample();
+
+    std::vector<std::shared_ptr<SensorInterface>> sensors_;
+    std::vector<std::shared_ptr<ReporterInterface>> reporters_;
+};
+
+}  // namespace HostMonitor

@@ -1,0 +1,101 @@
+#include "app/configuration.h"
+
+#include "../support/temporary_directory.h"
+#include "../support/throws_text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace HostMonitor {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using Zelm::Testing::TemporaryDirectory;
+using Zelm::Testing::throwsText;
+using Zelm::Testing::writeFile;
+
+TEST(Configuration, saysWhichComponentsThereAre)
+{
+    auto const configuration = parseConfiguration(R"({
+        "components" : [
+            { "type" : "DiskSensor", "id" : "disk", "arguments" : [ "/", "/home" ] },
+            { "type" : "CpuSensor", "id" : "cpu" },
+            { "type" : "MemorySensor", "id" : "memory", "arguments" : [] }
+        ]
+    })");
+
+    ASSERT_EQ(configuration.components.size(), 3U);
+    EXPECT_EQ(configuration.components[0].id, "disk");
+    EXPECT_EQ(configuration.components[0].type, "DiskSensor");
+    EXPECT_THAT(configuration.components[0].arguments, ElementsAre("/", "/home"));
+    EXPECT_EQ(configuration.components[1].id, "cpu");
+    EXPECT_THAT(configuration.components[1].arguments, IsEmpty());
+    EXPECT_THAT(configuration.components[2].arguments, IsEmpty());
+}
+
+TEST(Configuration, mayEndWithWhiteSpace)
+{
+    EXPECT_EQ(parseConfiguration("{\"components\":[{\"id\":\"a\",\"type\":\"A\"}]} \n\t\n").components.size(), 1U);
+}
+
+TEST(Configuration, isRefusedWithTheReason)
+{
+    struct Row {
+        char const* text;
+        char const* reason;
+    };
+    Row const rows[] = {
+        // No JSON object.
+        {"", "the text ends before the closing brace"},
+        {" \n ", "the text ends before the closing brace"},
+        {"{\"components\":[", "the text ends before the closing brace"},
+        {"{\"components\":[{\"id\":\"a", "a string has no closing quotation mark"},
+        {"{\n\n  components\n}", "line 3: Unexpected character in stream: c"},
+        {"{\"components\":\n[{\"id\" \"a\"}]}", "line 2: Unexpected token: a"},
+        {"{\"components\":[{\"id\":\"\\u0041\"}]}", "line 1: Unrecognized escape sequence found in string: \\u"},
+        {"[]", "the text ends before the closing brace"},
+        {"{} {}", "there is text behind the closing brace"},
+        {"{\"components\":[],\"components\":[]}", "Invalid Parameter: Object member already exists: components"},
+        // No configuration.
+        {"{}", "\"components\" must be an array"},
+        {"{\"components\":{}}", "\"components\" must be an array"},
+        {"{\"components\":[]}", "there are no components"},
+        {"{\"component\":[]}", "unknown member \"component\" in the configuration"},
+        {"{\"components\":[\"a\"]}", "component 1 must be an object"},
+        {"{\"components\":[{\"id\":\"a\",\"type\":\"A\"},{\"id\":\"b\"}]}", "\"type\" is missing in component 2"},
+        {"{\"components\":[{\"type\":\"A\"}]}", "\"id\" is missing in component 1"},
+        {"{\"components\":[{\"id\":1,\"type\":\"A\"}]}", "\"id\" must be a string that isn't empty in component 1"},
+        {"{\"components\":[{\"id\":\"\",\"type\":\"A\"}]}", "\"id\" must be a string that isn't empty in component 1"},
+        {"{\"components\":[{\"id\":\"a\",\"type\":\"\"}]}",
+         "\"type\" must be a string that isn't empty in component 1"},
+        {"{\"components\":[{\"id\":\"a\",\"type\":\"A\",\"arguments\":\"x\"}]}",
+         "\"arguments\" must be an array of strings in component 1"},
+        {"{\"components\":[{\"id\":\"a\",\"type\":\"A\",\"arguments\":[1]}]}",
+         "\"arguments\" must be an array of strings in component 1"},
+        {"{\"components\":[{\"id\":\"a\",\"type\":\"A\",\"argument\":[]}]}",
+         "unknown member \"argument\" in component 1"},
+        {"{\"components\":[{\"id\":\"a\",\"type\":\"A\"},{\"id\":\"a\",\"type\":\"B\"}]}",
+         "the id \"a\" stands there twice"},
+    };
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.text);
+        EXPECT_THAT([&] { parseConfiguration(row.text); }, throwsText<std::runtime_error>(row.reason));
+    }
+}
+
+TEST(Configuration, isReadFromAFile)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "good", "{\"components\":[{\"id\":\"a\",\"type\":\"A\"}]}");
+    writeFile(directory / "bad", "{}");
+
+    EXPECT_EQ(readConfiguration(directory / "good").components.size(), 1U);
+    EXPECT_THAT([&] { readConfiguration(directory / "bad"); },
+                throwsText<std::runtime_error>(directory / "bad: \"components\" must be an array"));
+    EXPECT_THAT([&] { readConfiguration(directory / "absent"); },
+                throwsText<std::runtime_error>(directory / "absent: No such file or directory"));
+    EXPECT_THAT([&] { readConfiguration(directory.path()); },
+                throwsText<std::runtime_error>(directory.path() + ": Is a directory"));
+}
+
+}  // namespace HostMonitor
