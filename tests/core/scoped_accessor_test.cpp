@@ -29,6 +29,12 @@ struct RecordingMutex {
     void unlock() { --held; }
 };
 
+/// Leaves it to the accessor to forbid copies.
+struct CopyableMutex {
+    void lock() {}
+    void unlock() {}
+};
+
 struct FailingMutex {
     inline static int unlocks = 0;
     void lock() { throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur)); }
@@ -88,6 +94,16 @@ TEST(ScopedAccessor, takesNoLockUntilAnAccessIsMade)
     ScopedAccessor<int, RecordingMutex> accessor;
 
     EXPECT_EQ(RecordingMutex::taken, taken);
+}
+
+TEST(ScopedAccessor, isNeitherCopiedNorMovedEvenIfItsMutexIs)
+{
+    using Accessor = ScopedAccessor<int, CopyableMutex>;
+
+    EXPECT_FALSE(std::is_copy_constructible_v<Accessor>);
+    EXPECT_FALSE(std::is_move_constructible_v<Accessor>);
+    EXPECT_FALSE(std::is_copy_assignable_v<Accessor>);
+    EXPECT_FALSE(std::is_move_assignable_v<Accessor>);
 }
 
 TEST(Access, holdsTheLockForItsWholeLifeAndNoLonger)

@@ -20,7 +20,7 @@
 namespace Zelm {
 
 /// Mutex is anything with lock() and unlock(). What lock() throws comes out of the Access's constructor; nothing is
-/// unlocked then.
+/// unlocked then. Neither copied nor moved, whatever the mutex type allows.
 template <class T, class Mutex> class ScopedAccessor {
 public:
     /// The handle: holds the lock for its whole life. A local object that is neither copied nor moved, and that the
@@ -45,6 +45,9 @@ public:
 
     /// The value starts value-initialised: numbers are 0, flags false, containers empty.
     ScopedAccessor() : value_() {}
+    // Where the mutex type can be copied, a copy would reach the value without the lock.
+    ScopedAccessor(ScopedAccessor const&) = delete;
+    ScopedAccessor& operator=(ScopedAccessor const&) = delete;
 
 private:
     Mutex mutex_;
