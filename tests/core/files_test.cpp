@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <optional>
 #include <string>
 
 #include <fcntl.h>
@@ -119,6 +120,14 @@ TEST(GetDirName, keepsARelativeDirectoryOrPutsTheCurrentOneInFront)
         EXPECT_EQ(getDirName(row.path, true), row.directory);
         EXPECT_EQ(getDirName(row.path, false), "/some/where/" + row.directory);
     }
+}
+
+TEST(GetDirName, putsASlashInFrontOfARelativeDirectoryIfThereIsNoCurrentOne)
+{
+    StandIn const nowhere(currentDirectory(), std::nullopt);
+
+    EXPECT_EQ(getDirName("a/b.txt", false), "/a/");
+    EXPECT_EQ(getDirName("b.txt", false), "/");
 }
 
 // ---- The current directory -----------------------------------------------------------------------------------------
