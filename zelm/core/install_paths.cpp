@@ -36,12 +36,13 @@ bool endsIn(std::string const& text, std::string const& end)
 }
 
 /// Takes the root from the current directory. Where that isn't the installation's folder of programs it holds the
-/// libraries itself, and `libDefault` is made empty.
+/// libraries itself, and `libDefault` is made empty: but not for a text too short to end in that folder's name, "/" and
+/// an unknown directory among them, which says nothing about the installation.
 void takeRootFromCurrentDirectory(std::string& root, std::string& libDefault)
 {
     std::string const programs = pathSeparator() + "bin";
     root = getCWD();
-    if (root.size() > 3) {
+    if (root.size() >= programs.size()) {
         if (endsIn(root, programs))
             root.resize(root.size() - programs.size());
         else
@@ -63,8 +64,8 @@ void workOut(InternalPaths& paths)
     if (!libSubDir.empty())
         paths.binaryDir += libSubDir + pathSeparator();
 
-    // The default ends in a separator already and gets a second one on purpose: the file system treats two like one,
-    // and applications know the text as it is.
+    // The default ends in a separator already and gets a second one on purpose: every directory gets one, the file
+    // system treats two like one, and programs may compare the text.
     getEnvOr(paths.componentsMapDir, "ZELM_ComponentsMapDir", paths.root + paths.binaryDir);
     paths.componentsMapDir += pathSeparator();
 }

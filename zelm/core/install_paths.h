@@ -13,8 +13,12 @@
 ///
 /// Without `ZELM_DIR`, or with an empty one, a line on standard error says what is taken instead. If the current
 /// directory is called "bin", that is its parent: a program was started where programs are installed. Otherwise it is
-/// the current directory itself, and the libraries are expected right there, not in "lib". The other two variables may
-/// be set and empty: that means no directory.
+/// the current directory itself, and the libraries are expected right there, not in "lib". A current directory of three
+/// characters or fewer, such as "/" and "/ab", is taken together with "lib" all the same. So is the empty text, which
+/// stands for a current directory that can't be told.
+///
+/// The other two variables may be set and empty. An empty `ZELM_LibSubDir` means no directory below the root, an empty
+/// `ZELM_ComponentsMapDir` the root of the file system: "/" is added to it as to any other.
 ///
 /// Nothing looks at the file system, so a wrong value shows later, as a directory that can't be listed. The directories
 /// are fixed at the first call: what happens to the environment and the current directory afterwards has no effect.
@@ -32,7 +36,8 @@ namespace Zelm {
 /// stays valid for good, as those of the other two do.
 ZELM_EXPORT std::string const& zelmRoot();
 
-/// The directory of the libraries relative to the root, to be appended to it: "/", or "/lib/".
+/// The directory of the libraries relative to the root, to be appended to it: the value of `ZELM_LibSubDir` between two
+/// "/", by default "/lib/". Without such a directory it is "/".
 ZELM_EXPORT std::string const& componentsBinaryDir();
 
 /// The directory of the components map with a "/" at its end, so that a file name can be appended. Two of them stand
