@@ -65,7 +65,8 @@ bool FileInfo::isIncludedInFilter(int filter)
 
 std::string const& pathSeparator()
 {
-    static std::string const separator = "/";
+    // Never destroyed: components that end at the exit of the process may still ask.
+    static std::string const& separator = *new std::string("/");
     return separator;
 }
 
