@@ -12,8 +12,10 @@
 ///  - Nothing is ever unloaded. Objects and code of a library outlive the loader that opened it, so a library stays in
 ///    the process to its end, and its static initialisers run once.
 ///
-/// Thread-safety: no locks, and none needed: nothing changes after construction. The reason of a failure is kept by the
-/// dynamic loader for each thread: ask errorString() in the thread that made the failed call, straight after it.
+/// Thread-safety: no locks. What copies share doesn't change after construction, so any number of threads may use one
+/// loader, or copies of it, at once. Assigning to a loader, or moving from it, while another thread uses that very
+/// object is a race. The reason of a failure is kept by the dynamic loader for each thread: ask errorString() in the
+/// thread that made the failed call, straight after it.
 #pragma once
 
 #include "zelm/core/export.h"
