@@ -310,7 +310,7 @@ TEST(FileInfo, isIncludedIfEveryBitOfTheFilterLetsItPass)
     }
 }
 
-TEST(FileFilter, hasTheValuesThatApplicationsStore)
+TEST(FileFilter, hasTheValuesOfTheInterface)
 {
     EXPECT_EQ(IncludeDirectories, 0x1);
     EXPECT_EQ(IncludeFiles, 0x2);

@@ -187,7 +187,8 @@ void decodeLastGroup(char const* in, unsigned char* out)
 
 bool encodeBase64(unsigned char const* data, unsigned long size, std::string& text)
 {
-    // Nothing to append would leave the text as it was, but callers rely on getting the empty text here.
+    // Nothing to append would leave the text as it was. It is emptied on purpose: the encoding of an empty array is the
+    // empty text, whatever the string held.
     if (size == 0) {
         text.clear();
         return true;

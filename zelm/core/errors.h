@@ -2,7 +2,7 @@
 /// A failure returned by value: a code, the category that the code belongs to and an optional text. Operations whose
 /// failure is an ordinary outcome return an Error; everything else throws (see exceptions.h).
 ///
-///     if (Error error = repository->addComponent(component, "pump"))
+///     if (Error error = repository->removeComponent(component))
 ///         std::cerr << error.info() << std::endl;
 ///
 /// The classes derived from Error add neither data nor behaviour: they only fix what the constructor stores, so nothing
@@ -37,8 +37,8 @@ public:
     std::string info() const;
 
     /// Whether the code is not 0. Category and text play no part: an error whose code is 0 looks like success here, and
-    /// ComponentsRepositoryInterface::AlreadyInRepository is one. Not const, as component libraries were built against
-    /// it.
+    /// ComponentsRepositoryInterface::AlreadyInRepository is one. Not const: it belongs to
+    /// the interface in this form.
     operator bool() { return code_ != 0; }
 
 private:

@@ -66,7 +66,7 @@ InvalidEnumLiteral::InvalidEnumLiteral(InvalidOperation const& other) : Base(oth
 InvalidEnumLiteral::~InvalidEnumLiteral() = default;
 
 TransportDisconnected::TransportDisconnected(std::string const& message)
-    // The general word on purpose: applications already match on it.
+    // The general word on purpose: the text is fixed, as programs may match on it.
     : Base(ensurePrefix(message, "Internal Error: "))
 {
 }

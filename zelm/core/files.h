@@ -40,8 +40,8 @@ struct ZELM_EXPORT FileInfo {
     /// Takes the facts from what lstat found out.
     FileInfo(std::string const& path, struct ::stat const& attributes);
 
-    /// Whether the filter, made of FileFilter bits, lets the entry pass. Not const, as component libraries were built
-    /// against it.
+    /// Whether the filter, made of FileFilter bits, lets the entry pass. Not const: it belongs to the interface in
+    /// this form.
     bool isIncludedInFilter(int filter);
 
     std::string path;    ///< as it was examined, with its directory
