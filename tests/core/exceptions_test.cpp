@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace Zelm::Exception {
 namespace {
@@ -54,13 +57,24 @@ TEST(Exceptions, lookForTheirWordWithItsExactCase)
     EXPECT_STREQ(InvalidParameter("invalid parameter: x").what(), "Invalid Parameter: invalid parameter: x");
 }
 
-template <class E> void expectCopyKeepsTheText()
+template <class E> void expectCopyKeepsTheText(E const& original, E assigned)
 {
-    E const original("some text");
     E const copy(original);
+    assigned = original;
 
     EXPECT_STREQ(copy.what(), original.what());
+    EXPECT_STREQ(assigned.what(), original.what());
     EXPECT_TRUE(std::is_nothrow_copy_constructible_v<E>);  // a throw in flight has no room for another
+}
+
+template <class E> void expectCopyKeepsTheText()
+{
+    expectCopyKeepsTheText(E("some text"), E("another"));
+}
+
+template <class E> void expectCopyKeepsNameAndDetail()
+{
+    expectCopyKeepsTheText(E("some name", "some detail"), E("another", "one"));
 }
 
 TEST(Exceptions, keepTheirTextWhenCopied)
@@ -75,6 +89,10 @@ TEST(Exceptions, keepTheirTextWhenCopied)
     expectCopyKeepsTheText<InvalidEnumValue>();
     expectCopyKeepsTheText<InvalidEnumLiteral>();
     expectCopyKeepsTheText<TransportDisconnected>();
+    expectCopyKeepsNameAndDetail<FailedToCreateComponent>();
+    expectCopyKeepsNameAndDetail<MissingComponent>();
+    expectCopyKeepsNameAndDetail<MissingLibrary>();
+    expectCopyKeepsNameAndDetail<FailedToLoad>();
 }
 
 TEST(EnumExceptions, takeTheTextOfAnInvalidOperationWithoutTheirWordOnPurpose)
@@ -160,11 +178,55 @@ TEST(ComponentExceptions, addTheirWordsEvenIfTheDetailHoldsThemAlready)
                  "Failed to Create Component Type \"Motor\": Failed to Create Component Type \"Motor\": x");
 }
 
-TEST(ComponentExceptions, tellAMissingComponentAndALibraryThatFailsToLoadApart)
+// ---- Who derives from whom -----------------------------------------------------------------------------------------
+
+/// For each class of the family, whether E is it or derives from it.
+template <class E> std::vector<bool> ancestors()
 {
-    EXPECT_TRUE((std::is_base_of_v<FailedToCreateComponent, MissingComponent>));
-    EXPECT_FALSE((std::is_base_of_v<FailedToCreateComponent, FailedToLoad>));
-    EXPECT_FALSE((std::is_base_of_v<FailedToCreateComponent, MissingLibrary>));
+    return {
+        std::is_base_of_v<std::runtime_error, E>,     std::is_base_of_v<Base, E>,
+        std::is_base_of_v<UnknownException, E>,       std::is_base_of_v<InvalidParameter, E>,
+        std::is_base_of_v<InconsistentParameters, E>, std::is_base_of_v<InsufficientResources, E>,
+        std::is_base_of_v<InvalidHandle, E>,          std::is_base_of_v<InvalidOperation, E>,
+        std::is_base_of_v<InvalidEnumValue, E>,       std::is_base_of_v<InvalidEnumLiteral, E>,
+        std::is_base_of_v<TransportDisconnected, E>,  std::is_base_of_v<FailedToCreateComponent, E>,
+        std::is_base_of_v<MissingComponent, E>,       std::is_base_of_v<MissingLibrary, E>,
+        std::is_base_of_v<FailedToLoad, E>,
+    };
+}
+
+/// E derives from Parent, in public and once, and from nothing of the family that Parent doesn't derive from.
+template <class E, class Parent> void expectDerivedFromNothingBut()
+{
+    EXPECT_TRUE((std::is_convertible_v<E*, Parent*>));
+    EXPECT_FALSE((std::is_same_v<E, Parent>));
+
+    std::vector<bool> const ofParent = ancestors<Parent>();
+    std::vector<bool> const ofE = ancestors<E>();
+    int added = 0;
+    for (std::size_t i = 0; i < ofE.size(); ++i) {
+        EXPECT_TRUE(ofE[i] || !ofParent[i]);
+        added += ofE[i] && !ofParent[i];
+    }
+    EXPECT_EQ(added, 1);  // E itself
+}
+
+TEST(Exceptions, haveEachTheOneParentThatTheirHandlersCountOn)
+{
+    expectDerivedFromNothingBut<Base, std::runtime_error>();
+    expectDerivedFromNothingBut<UnknownException, Base>();
+    expectDerivedFromNothingBut<InvalidParameter, Base>();
+    expectDerivedFromNothingBut<InconsistentParameters, Base>();
+    expectDerivedFromNothingBut<InsufficientResources, Base>();
+    expectDerivedFromNothingBut<InvalidHandle, Base>();
+    expectDerivedFromNothingBut<InvalidOperation, Base>();
+    expectDerivedFromNothingBut<InvalidEnumValue, Base>();
+    expectDerivedFromNothingBut<InvalidEnumLiteral, Base>();
+    expectDerivedFromNothingBut<TransportDisconnected, Base>();
+    expectDerivedFromNothingBut<FailedToCreateComponent, Base>();
+    expectDerivedFromNothingBut<MissingComponent, FailedToCreateComponent>();
+    expectDerivedFromNothingBut<MissingLibrary, Base>();
+    expectDerivedFromNothingBut<FailedToLoad, Base>();
 }
 
 }  // namespace
