@@ -1,5 +1,7 @@
 #include "zelm/core/semaphore.h"
 
+#include "tests/core/system_calls.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -14,10 +16,14 @@
 #include <utility>
 #include <vector>
 
+#include <time.h>
+
 namespace Zelm {
 namespace {
 
 using std::chrono::milliseconds;
+using Testing::clockOfLatestTimedWait;
+using Testing::timedWaits;
 
 /// Runs a call that is expected to block in a thread of its own.
 std::future<bool> inAnotherThread(std::function<bool()> call)
@@ -30,6 +36,18 @@ std::future<bool> inAnotherThread(std::function<bool()> call)
 bool isStillBlocked(std::future<bool> const& call)
 {
     return call.wait_for(milliseconds(30)) == std::future_status::timeout;
+}
+
+/// Waits until it is true. Gives up after a time that no machine needs.
+bool becomesTrue(std::function<bool()> const& condition, milliseconds limit = std::chrono::minutes(1))
+{
+    auto const end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(milliseconds(1));
+    }
+    return true;
 }
 
 TEST(Semaphore, isSignalledOnceByAnInitialValueAboveZero)
@@ -262,6 +280,64 @@ TEST(SemaphoreWaitForMilliseconds, isNotEndedByASignalThatOnlyReachesZero)
     semaphore.signal();
 
     EXPECT_TRUE(waiting.get());
+}
+
+TEST(SemaphoreWaitForMilliseconds, endsForOneThreadByASignalAndForNoneByTheNext)
+{
+    constexpr int waiters = 3;
+    Semaphore semaphore(0);
+    std::atomic<int> released{0};
+    std::vector<std::future<bool>> waiting;
+    int const before = timedWaits();
+    for (int i = 0; i < waiters; ++i)
+        waiting.push_back(inAnotherThread([&] {
+            bool const isSignalled = semaphore.wait_for_milliseconds(120000);
+            ++released;
+            return isSignalled;
+        }));
+    EXPECT_TRUE(becomesTrue([&] { return timedWaits() >= before + waiters; }));
+
+    for (int i = 1; i <= waiters; ++i) {
+        semaphore.signal();
+        EXPECT_TRUE(becomesTrue([&] { return released >= i; }));
+        semaphore.signal();  // it is signalled already, so this wakes nobody
+        EXPECT_FALSE(becomesTrue([&] { return released > i; }, milliseconds(30)));
+        EXPECT_TRUE(semaphore.try_wait());
+    }
+
+    for (auto& thread : waiting)
+        EXPECT_TRUE(thread.get());
+}
+
+TEST(SemaphoreWaitForMilliseconds, keepsToTheTimeOfItsBeginningHoweverOftenItIsWoken)
+{
+    constexpr int missing = 3000;
+    Semaphore semaphore(-missing);
+    std::atomic<bool> isOver{false};
+    auto waiting = inAnotherThread([&] {
+        bool const isSignalled = semaphore.wait_for_milliseconds(50);
+        isOver = true;
+        return isSignalled;
+    });
+
+    // If each signal gave it another 50 milliseconds it would be there for the last one, seconds later.
+    for (int i = 0; i <= missing && !isOver; ++i) {
+        semaphore.signal();
+        std::this_thread::sleep_for(milliseconds(2));
+    }
+
+    EXPECT_FALSE(waiting.get());
+}
+
+TEST(SemaphoreWaitForMilliseconds, goesByTheSteadyClock)
+{
+    Semaphore semaphore(0);
+    int const before = timedWaits();
+
+    EXPECT_FALSE(semaphore.wait_for_milliseconds(1));
+
+    EXPECT_GT(timedWaits(), before);
+    EXPECT_EQ(clockOfLatestTimedWait(), CLOCK_MONOTONIC);
 }
 
 // ---- As something lockable -----------------------------------------------------------------------------------------

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -14,6 +16,8 @@ namespace Zelm::Testing {
 
 namespace {
 std::atomic<int> linkReads{0};
+std::atomic<int> waits{0};
+std::atomic<clockid_t> waitClock{-1};  // no clock
 }  // namespace
 
 Answer& currentDirectory()
@@ -31,6 +35,16 @@ Answer& executableLink()
 int executableLinkReads()
 {
     return linkReads;
+}
+
+int timedWaits()
+{
+    return waits;
+}
+
+clockid_t clockOfLatestTimedWait()
+{
+    return waitClock;
 }
 
 }  // namespace Zelm::Testing
@@ -77,5 +91,16 @@ __attribute__((visibility("default"))) ssize_t readlink(char const* path, char* 
     std::size_t const length = std::min(size, answer.text->size());
     std::memcpy(buffer, answer.text->data(), length);
     return static_cast<ssize_t>(length);
+}
+
+__attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex,
+                                                                  clockid_t clock, timespec const* deadline)
+{
+    using Wait = int(pthread_cond_t*, pthread_mutex_t*, clockid_t, timespec const*);
+    static auto* const realWait = reinterpret_cast<Wait*>(dlsym(RTLD_NEXT, "pthread_cond_clockwait"));
+
+    Zelm::Testing::waitClock = clock;
+    ++Zelm::Testing::waits;
+    return realWait(condition, mutex, clock, deadline);
 }
 }

@@ -5,12 +5,16 @@
 ///
 ///     StandIn const directory(currentDirectory(), "/bin");   // getcwd says "/bin" while this lives
 ///
-/// Not for several threads: a test stands in for the calls of its own thread.
+/// Its pthread_cond_clockwait does the real work always and keeps a record of it.
+///
+/// Not for several threads: a test stands in for the calls of its own thread. The record of waits is for any.
 #pragma once
 
 #include <optional>
 #include <string>
 #include <utility>
+
+#include <time.h>
 
 namespace Zelm::Testing {
 
@@ -27,6 +31,13 @@ Answer& executableLink();
 
 /// How often "/proc/self/exe" was read.
 int executableLinkReads();
+
+/// How often a thread has begun to wait on a condition variable with a time limit. The count goes up while the thread
+/// still holds the mutex that it waits with: whoever gets that mutex later finds the thread asleep.
+int timedWaits();
+
+/// The clock that the latest of these waits goes by.
+clockid_t clockOfLatestTimedWait();
 
 class StandIn {
 public:
