@@ -13,6 +13,7 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include <dlfcn.h>
 
@@ -73,6 +74,55 @@ ZELM_CHILD(tellsWhichCopyItLoadsWithoutKnowingItself)
     std::cout << (library.isLoaded() ? resolved<char const*()>(library, "zelmFixtureCopy")() : "none");
     return 0;
 }
+
+/// Loads the library of the name and with the flags that are the arguments, and then one that needs its symbols.
+ZELM_CHILD(tellsWhetherSymbolsAreGlobal)
+{
+    SharedLibraryLoader const answer(childArguments().at(0).c_str(), std::stoi(childArguments().at(1)));
+    if (!answer.isLoaded()) {
+        std::cout << "not loaded";
+        return 0;
+    }
+    SharedLibraryLoader const user(needsAnAnswer.c_str(), 0);
+    std::cout << (user.isLoaded() ? "global " : "local ")
+              << (dlsym(RTLD_DEFAULT, "zelmFixtureAnswer") ? "found" : "not found");
+    if (user.isLoaded())
+        std::cout << ' ' << resolved<int()>(user, "zelmFixtureTwiceTheAnswer")();
+    return 0;
+}
+
+std::string const local = "local not found";
+std::string const global = "global found 84";
+
+/// Loads the library of the name that is the first argument, and tells what errorString says afterwards, twice.
+ZELM_CHILD(tellsTheErrorOfItsLibrary)
+{
+    SharedLibraryLoader const library(childArguments().at(0).c_str(), 0);
+    std::cout << (library.isLoaded() ? "loaded" : "not loaded");
+    for (int i = 0; i < 2; ++i)
+        std::cout << " [" << library.errorString() << ']';
+    return 0;
+}
+
+/// Loads the library of the name that is the first argument twice, with one loader after the other.
+ZELM_CHILD(loadsTheSameLibraryTwice)
+{
+    for (char const* which : {"first", "second"}) {
+        {
+            SharedLibraryLoader const library(childArguments().at(0).c_str(), 0);
+            std::cout << which << " loader " << (library.isLoaded() ? "made" : "failed") << std::endl;
+        }
+        std::cout << which << " loader destroyed" << std::endl;
+    }
+    return 0;
+}
+
+std::string const loadedOnceAndForGood = "static objects made\n"
+                                         "first loader made\n"
+                                         "first loader destroyed\n"
+                                         "second loader made\n"
+                                         "second loader destroyed\n"
+                                         "static objects destroyed\n";
 
 /// A copy of this program in a "bin" folder, to put libraries beside.
 class LibrariesBesideTheExecutable : public ::testing::Test {
@@ -174,6 +224,47 @@ TEST_F(LibrariesBesideTheExecutable, areNotLookedForIfTheExecutableCannotBeTold)
     }
 }
 
+/// A library with its two ways in by a bare name: from beside the executable, and by the standard search.
+class LibraryFoundByABareName : public LibrariesBesideTheExecutable, public ::testing::WithParamInterface<char const*> {
+protected:
+    std::string outputOf(char const* child, std::string const& library, std::vector<std::string> arguments = {})
+    {
+        std::string const name = std::filesystem::path(library).filename();
+        copyFile(library, directory / GetParam() + "/" + name);
+        arguments.insert(arguments.begin(), name);
+        return runChild(child,
+                        ChildOptions().runAs(program()).set("LD_LIBRARY_PATH", directory / "standard").with(arguments))
+            .out;
+    }
+};
+
+TEST_P(LibraryFoundByABareName, hasGlobalSymbolsIfTheFlagSaysSo)
+{
+    EXPECT_EQ(outputOf("tellsWhetherSymbolsAreGlobal", exportsAnAnswer, {"2"}), global);
+}
+
+TEST_P(LibraryFoundByABareName, hasLocalSymbolsWithoutTheFlag)
+{
+    EXPECT_EQ(outputOf("tellsWhetherSymbolsAreGlobal", exportsAnAnswer, {"0"}), local);
+}
+
+TEST_P(LibraryFoundByABareName, isRefusedIfItMissesAFunction)
+{
+    EXPECT_THAT(outputOf("tellsTheErrorOfItsLibrary", needsAnAnswer), StartsWith("not loaded ["));
+}
+
+TEST_P(LibraryFoundByABareName, leavesNoErrorBehind)
+{
+    EXPECT_EQ(outputOf("tellsTheErrorOfItsLibrary", exportsAnAnswer), "loaded [] []");
+}
+
+TEST_P(LibraryFoundByABareName, isNeverUnloadedOnPurpose)
+{
+    EXPECT_EQ(outputOf("loadsTheSameLibraryTwice", tellsWhenItIsLoaded), loadedOnceAndForGood);
+}
+
+INSTANTIATE_TEST_SUITE_P(BesideTheExecutableOrElsewhere, LibraryFoundByABareName, ::testing::Values("bin", "standard"));
+
 TEST(SharedLibraryLoader, opensAnAbsolutePathWithoutAskingWhereTheExecutableIs)
 {
     int const before = executableLinkReads();
@@ -260,6 +351,16 @@ TEST(SharedLibraryLoader, findsNothingOfTheProcessIfNoLibraryIsLoaded)
     EXPECT_EQ(library.errorString(), "");  // as nobody was asked
 }
 
+TEST(SharedLibraryLoader, keepsTheReasonWhenItIsAskedForASymbolThoughNoLibraryIsLoaded)
+{
+    SharedLibraryLoader const library("libno_such_library.so", 0);
+
+    EXPECT_EQ(library.resolveSymbolByName("malloc"), nullptr);
+    EXPECT_EQ(library.resolveSymbolByName("noSuchFunction"), nullptr);
+
+    EXPECT_THAT(library.errorString(), StartsWith("libno_such_library.so: "));
+}
+
 TEST(SharedLibraryLoader, anotherFailureReplacesTheError)
 {
     SharedLibraryLoader const library("libno_such_library.so", 0);
@@ -278,26 +379,8 @@ TEST(SharedLibraryLoader, bindsAtOnceAndSoRefusesALibraryThatMissesAFunction)
     }
 }
 
-/// Loads a library with the flags that are the first argument, and then one that needs its symbols.
-ZELM_CHILD(tellsWhetherSymbolsAreGlobal)
-{
-    SharedLibraryLoader const answer(exportsAnAnswer.c_str(), std::stoi(childArguments().at(0)));
-    if (!answer.isLoaded()) {
-        std::cout << "not loaded";
-        return 0;
-    }
-    SharedLibraryLoader const user(needsAnAnswer.c_str(), 0);
-    std::cout << (user.isLoaded() ? "global " : "local ")
-              << (dlsym(RTLD_DEFAULT, "zelmFixtureAnswer") ? "found" : "not found");
-    if (user.isLoaded())
-        std::cout << ' ' << resolved<int()>(user, "zelmFixtureTwiceTheAnswer")();
-    return 0;
-}
-
 TEST(SharedLibraryLoader, makesSymbolsGlobalByTheOneBitThatCounts)
 {
-    std::string const local = "local not found";
-    std::string const global = "global found 84";
     struct {
         int flags;
         std::string expected;
@@ -316,7 +399,8 @@ TEST(SharedLibraryLoader, makesSymbolsGlobalByTheOneBitThatCounts)
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(std::to_string(row.flags) + ": " + row.why);
-        auto const child = runChild("tellsWhetherSymbolsAreGlobal", ChildOptions().with({std::to_string(row.flags)}));
+        auto const child =
+            runChild("tellsWhetherSymbolsAreGlobal", ChildOptions().with({exportsAnAnswer, std::to_string(row.flags)}));
         EXPECT_EQ(child.out, row.expected);
     }
 }
@@ -336,29 +420,11 @@ TEST(SharedLibraryLoader, leavesTheLibraryLoadedOnPurposeWhenItIsDestroyed)
     EXPECT_NE(dlopen(copyOne.c_str(), RTLD_NOW | RTLD_NOLOAD), nullptr);
 }
 
-ZELM_CHILD(loadsTheSameLibraryTwice)
-{
-    {
-        SharedLibraryLoader const first(tellsWhenItIsLoaded.c_str(), 0);
-        std::cout << "first loader made" << std::endl;
-    }
-    std::cout << "first loader destroyed" << std::endl;
-    {
-        SharedLibraryLoader const second(tellsWhenItIsLoaded.c_str(), 0);
-        std::cout << "second loader made" << std::endl;
-    }
-    std::cout << "second loader destroyed" << std::endl;
-    return 0;
-}
-
 TEST(SharedLibraryLoader, runsStaticInitialisersOnceAndTheirCounterpartsAtTheEndOfTheProcess)
 {
-    EXPECT_EQ(runChild("loadsTheSameLibraryTwice").out, "static objects made\n"
-                                                        "first loader made\n"
-                                                        "first loader destroyed\n"
-                                                        "second loader made\n"
-                                                        "second loader destroyed\n"
-                                                        "static objects destroyed\n");
+    auto const child = runChild("loadsTheSameLibraryTwice", ChildOptions().with({tellsWhenItIsLoaded}));
+
+    EXPECT_EQ(child.out, loadedOnceAndForGood);
 }
 
 TEST(SharedLibraryLoader, sharesItsStateWithItsCopies)
