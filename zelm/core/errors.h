@@ -37,8 +37,7 @@ public:
     std::string info() const;
 
     /// Whether the code is not 0. Category and text play no part: an error whose code is 0 looks like success here, and
-    /// ComponentsRepositoryInterface::AlreadyInRepository is one. Not const: it belongs to
-    /// the interface in this form.
+    /// ComponentsRepositoryInterface::AlreadyInRepository is one. Not const: it belongs to the interface in this form.
     operator bool() { return code_ != 0; }
 
 private:

@@ -85,9 +85,9 @@ ZELM_EXPORT std::string getDirName(std::string const& path, bool keepRelative);
 /// a leading dot too.
 ///
 /// The pattern has to name the directory, and literally: "*.txt" finds nothing, "./*.txt" searches the current
-/// directory. As the whole path is matched, the directory's own name has to match itself as a pattern: nothing is found
-/// below "a[ab]" or "x\y", but "a*b", "a?b" and "a[b" without a "]" behind it do. A directory that can't be read gives
-/// an empty list.
+/// directory. As the whole path is matched, the directory's own name has to match itself as a pattern: "a*b" and "a?b"
+/// do, as does "a[b" without a "]" behind it, but nothing is found below "a[ab]" or "x\y". A directory that can't be
+/// read gives an empty list.
 ///
 /// A backslash in the last part can't take a wildcard's meaning away, as it ends the directory like a "/". Brackets do:
 /// "dir/[*].txt" finds "dir/*.txt" alone.
