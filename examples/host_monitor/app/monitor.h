@@ -26,8 +26,8 @@ public:
     Monitor(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration);
 
     /// Waits for the interval, takes a sample and reports it, so many times or, if `samples` is 0, until a stop is
-    /// requested, which also ends a wait. The samples keep to the interval however long they take, and those that can't
-    /// are dropped. Throws what a reporter throws.
+    /// requested, which also ends a wait. Samples keep to the interval as long as they take less than that; one that is
+    /// late puts off those behind it. Throws what a reporter throws.
     void run(std::chrono::microseconds interval, unsigned long samples, StopRequest& stop);
 
 private:
