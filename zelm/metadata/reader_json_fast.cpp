@@ -2,13 +2,38 @@
 
 #include <rapidjson/document.h>
 
+#include <cstddef>
+#include <cstdlib>
 #include <iostream>
+#include <new>
 
 namespace Zelm::MetaData {
 
 namespace {
 
-using Value = rapidjson::Document::ValueType;
+/// The parser's memory: it never looks whether it got what it asked for. On malloc for the sake of realloc, which grows
+/// the parser's stack without a copy where it can.
+class ThrowingAllocator {
+public:
+    [[maybe_unused]] static constexpr bool kNeedFree = true;
+
+    void* Malloc(std::size_t size) { return Realloc(nullptr, 0, size); }
+    void* Realloc(void* old, std::size_t, std::size_t size)
+    {
+        if (size == 0) {
+            Free(old);
+            return nullptr;
+        }
+        if (void* const memory = std::realloc(old, size))
+            return memory;
+        throw std::bad_alloc();
+    }
+    static void Free(void* memory) { std::free(memory); }
+};
+
+using Pool = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
+using Document = rapidjson::GenericDocument<rapidjson::UTF8<>, Pool, ThrowingAllocator>;
+using Value = Document::ValueType;
 
 Element ConvertValue(Value const& value);
 
@@ -61,7 +86,7 @@ Element ConvertValue(Value const& value)
 
 void ReaderJson::Read(Object& object, std::string const& text)
 {
-    rapidjson::Document document;
+    Document document;
     // Flags 0 on purpose: doubles are converted fast, and may differ from the correctly rounded ones in the last
     // places.
     document.Parse<rapidjson::kParseNoFlags>(text.c_str());
