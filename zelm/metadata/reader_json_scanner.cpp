@@ -5,6 +5,7 @@
 #include <array>
 #include <cctype>
 #include <istream>
+#include <iterator>
 #include <new>
 #include <string_view>
 
@@ -55,8 +56,9 @@ public:
         StreamBuffer::skip(*buffer_, count);
     }
 
-    /// Takes white space: as much of it as is readable or, if nothing is, the next byte, which is some.
-    void skipWhiteSpace();
+    /// Takes white space of the run that began at the offset `runStart`: as much of it as is readable or, if nothing
+    /// is, the next byte, which is some.
+    void skipWhiteSpace(std::size_t runStart);
 
     /// Makes the stream's gcount that of a peek, for a failure that follows one.
     void endOnPeek()
@@ -131,26 +133,27 @@ template <class Predicate> std::size_t runLength(std::string_view bytes, Predica
     return length;
 }
 
-void InputStream::skipWhiteSpace()
+void InputStream::skipWhiteSpace(std::size_t runStart)
 {
     auto const bytes = readable();
     if (!buffer_ || bytes.empty()) {
         char const byte = static_cast<char>(getThroughStream());
-        text_.appendWhiteSpace({&byte, 1});
+        text_.appendWhiteSpace({&byte, 1}, runStart);
         return;
     }
     auto const run = runLength(bytes, isWhiteSpace);
-    text_.appendWhiteSpace(bytes.substr(0, run));
+    text_.appendWhiteSpace(bytes.substr(0, run), runStart);
     StreamBuffer::skip(*buffer_, run);
 }
 
 unsigned char GetNextNonWhiteSpaceChar(InputStream& stream)
 {
+    auto const runStart = stream.offset();
     for (;;) {
         auto const next = stream.Peek();
         if (!isWhiteSpace(next))
             return next;
-        stream.skipWhiteSpace();
+        stream.skipWhiteSpace(runStart);
     }
 }
 
@@ -281,12 +284,26 @@ void advance(ReaderJson::StreamPosition& position, std::string_view bytes)
 
 }  // namespace
 
-void TakenText::appendWhiteSpace(std::string_view bytes)
+void TakenText::appendWhiteSpace(std::string_view bytes, std::size_t runStart)
 {
-    if (bytes_.empty())
-        advance(origin_, bytes);
-    else
+    constexpr std::size_t longestKept = 64;  // costs less than a landmark for each line's indentation
+    if (bytes_.size() - runStart + bytes.size() <= longestKept) {
         append(bytes);
+        return;
+    }
+    // One byte stays, so that the token in front and the one behind don't meet at one offset with two positions.
+    auto const landmark = runStart + 1;
+    if (bytes_.size() < landmark) {
+        append(bytes.front());
+        bytes.remove_prefix(1);
+    }
+    auto position = positionAt(size());
+    advance(position, bytes);
+    bytes_.resize(landmark);
+    if (landmarks_.empty() || landmarks_.back().offset != landmark)
+        landmarks_.push_back({landmark, position});
+    else
+        landmarks_.back().position = position;
 }
 
 std::string TakenText::valueOf(Token const& token) const
@@ -309,8 +326,11 @@ std::string TakenText::valueOf(Token const& token) const
 
 TakenText::Position TakenText::positionAt(std::size_t offset) const
 {
-    auto position = origin_;
-    advance(position, std::string_view(bytes_).substr(0, offset));
+    auto const behind = std::upper_bound(landmarks_.begin(), landmarks_.end(), offset,
+                                         [](std::size_t place, Landmark const& mark) { return place < mark.offset; });
+    auto const from = behind == landmarks_.begin() ? Landmark{} : *std::prev(behind);
+    auto position = from.position;
+    advance(position, std::string_view(bytes_).substr(from.offset, offset - from.offset));
     return position;
 }
 

@@ -34,14 +34,15 @@ struct Token {
 };
 
 /// The text that was taken from a stream, one character for each step, the end of input included where it was taken.
+/// Long runs of white space are counted but not kept, as there may be any amount of it. Offsets count what is kept.
 class TakenText {
 public:
     using Position = ReaderJson::StreamPosition;
 
     void append(std::string_view bytes) { bytes_.append(bytes); }
     void append(char byte) { bytes_.push_back(byte); }
-    /// In front of the first token white space is counted but not kept: there may be any amount of it.
-    void appendWhiteSpace(std::string_view bytes);
+    /// Adds white space to the run of it that began at the offset `runStart`.
+    void appendWhiteSpace(std::string_view bytes, std::size_t runStart);
     std::size_t size() const { return bytes_.size(); }
 
     std::string_view rawTextOf(Token const& token) const
@@ -53,12 +54,19 @@ public:
     Position positionAt(std::size_t offset) const;
 
 private:
-    Position origin_;  // of the first byte kept
+    /// The place of a kept byte in front of which others were dropped, or of the end.
+    struct Landmark {
+        std::size_t offset;
+        Position position;
+    };
+
     std::string bytes_;
+    std::vector<Landmark> landmarks_;
 };
 
-/// Takes the stream's text up to the closing brace that balances the first opening one, and nothing behind it.
-/// Throws ScanException, and std::bad_alloc if the input ends inside a string.
+/// Takes the stream's text up to the closing brace that balances the first opening one, or up to a closing brace that
+/// comes before any opening one, and nothing behind it. Throws ScanException, and std::bad_alloc if the input ends
+/// inside a string.
 std::vector<Token> Scan(std::istream& source, TakenText& text);
 
 }  // namespace Zelm::MetaData::Private
