@@ -18,6 +18,8 @@ constexpr int significantDigits = 20;
 
 void put(std::ostream& stream, std::string_view text)
 {
+    if (text.empty())
+        return;  // even writing nothing flushes a tied stream, or one that flushes each output
     if (!Private::tryPut(stream, text))
         stream.write(text.data(), static_cast<std::streamsize>(text.size()));
 }

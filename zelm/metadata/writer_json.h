@@ -30,7 +30,11 @@ public:
     ///
     /// Numbers and Integers go through the stream's own formatted output: its locale, flags and fill count. A width set
     /// on the stream is used up by the first of them and touches nothing else, since all other text is unformatted.
-    /// Numbers are written with 20 significant digits; the stream's precision stays at 20 after the first one.
+    /// Numbers are written with a precision of 20, which the stream keeps after the first one: as long as its flags are
+    /// the default ones these are up to 20 significant digits, with trailing zeros dropped.
+    ///
+    /// All other text goes out in runs, a string in as few as its escapes allow, so that a stream that flushes after
+    /// each output (std::unitbuf), or has a tied one flushed before, does so once for each run.
     ///
     /// The stream's state is not tested: on a failed stream the call does nothing more and returns normally. Exceptions
     /// that the stream is set to throw, and those of the allocator, pass through; the text ends where it was then.
