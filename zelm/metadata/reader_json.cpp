@@ -16,7 +16,7 @@ ReaderJson::ScanException::ScanException(std::string const& message, StreamPosit
     : Exception(message), errorPosition_(errorPosition)
 {
 }
-ReaderJson::ScanException::ScanException(ScanException const& other) = default;
+ReaderJson::ScanException::ScanException(ScanException const& other) noexcept = default;
 ReaderJson::ScanException::~ScanException() = default;
 
 ReaderJson::ParseException::ParseException(std::string const& message, StreamPosition const& tokenStart,
@@ -24,7 +24,7 @@ ReaderJson::ParseException::ParseException(std::string const& message, StreamPos
     : Exception(message), tokenStart_(tokenStart), tokenEnd_(tokenEnd)
 {
 }
-ReaderJson::ParseException::ParseException(ParseException const& other) = default;
+ReaderJson::ParseException::ParseException(ParseException const& other) noexcept = default;
 ReaderJson::ParseException::~ParseException() = default;
 
 namespace {

@@ -14,7 +14,8 @@
 ///    of std::isspace; but no "\u" escape is understood, and a name that occurs twice is an error.
 ///  - The fast path takes strict JSON text in one piece and reports a fault by a line on standard output only.
 ///
-/// Thread-safety: calls don't share anything; stream and target are the caller's to protect.
+/// Thread-safety: calls share nothing but std::cout, for the fast path's line; stream and target are the caller's to
+/// protect.
 #pragma once
 
 #include "zelm/core/export.h"
@@ -40,7 +41,7 @@ public:
     class ZELM_EXPORT ScanException : public Exception {
     public:
         ScanException(std::string const& message, StreamPosition const& errorPosition);
-        ScanException(ScanException const& other);
+        ScanException(ScanException const& other) noexcept;
         ScanException& operator=(ScanException const& other) = default;
         ~ScanException() override;
 
@@ -54,7 +55,7 @@ public:
     class ZELM_EXPORT ParseException : public Exception {
     public:
         ParseException(std::string const& message, StreamPosition const& tokenStart, StreamPosition const& tokenEnd);
-        ParseException(ParseException const& other);
+        ParseException(ParseException const& other) noexcept;
         ParseException& operator=(ParseException const& other) = default;
         ~ParseException() override;
 
@@ -69,14 +70,16 @@ public:
     /// The token reader. All tokens up to the closing brace are taken before the first is looked at, and nothing is
     /// asked of the stream behind that brace.
     ///
-    /// The target isn't cleared: an Object gets the members added to those that it has. An Element that is no Object
-    /// becomes an empty one first.
+    /// The target isn't cleared: an Object gets the members added to those that it has. An Element keeps its value if
+    /// that is of the kind that begins with the first token, and becomes an empty value of that kind otherwise; where
+    /// no value begins with the token it stays as it was.
     ///
     /// Throws ScanException, with the target untouched, or ParseException, or Zelm::Exception::InvalidParameter "Object
     /// member already exists: <name>" for a name that the text gives twice or that the target has already; the target
     /// keeps what was complete until then. A byte 0xFF at the end of a ScanException's text may stand for the end of
-    /// the input. A string that isn't closed ends in std::bad_alloc. What the stream itself is set to throw passes
-    /// through. In every case the stream stands where it was last read, with the bits set that peek and get set there.
+    /// the input. A string that isn't closed ends in std::bad_alloc, or in a ScanException if its last byte is the
+    /// backslash of an escape. What the stream itself is set to throw, at its end too, passes through. In every case
+    /// the stream stands where it was last read, with the bits set that peek and get set there.
     /// Recursion follows the depth of the text, without a limit of its own.
     ZELM_EXPORT static void Read(Object& value, std::istream& stream);
     ZELM_EXPORT static void Read(Element& value, std::istream& stream);
@@ -116,10 +119,14 @@ ZELM_EXPORT std::string metaDatatoJsonString(MetaData::Object const& object);
 /// The object that the fast path reads from the text. Empty for a text that doesn't parse, as for the text "{}": only
 /// the line on standard output tells.
 ///
-/// Of the writer's text it makes an equal Object, if all Numbers are finite and the strings hold no other control
-/// characters than those that the writer escapes. An integral Number comes back as an Integer, which is equal to it;
-/// any other may differ in the last places, as the fast path converts it, and is unequal then from a magnitude of about
-/// 4 on, the equality of Numbers having an absolute tolerance.
+/// Of the writer's text it makes an Object with the same names, if all Numbers are finite and the strings hold no other
+/// control characters than those that the writer escapes. It is equal but for some Numbers:
+///  - An integral one from -2^63 up to below 2^63 comes back as an Integer, which is equal to it.
+///  - An integral one from 2^63 up to below 2^64 is written as digits too, and comes back unequal: as the negative
+///    Integer that the fast path makes of those digits on purpose.
+///  - Any other, an integral one beyond these included, comes back as a Number. It may differ in the last places, as
+///    the fast path converts it, and is unequal then from a magnitude of about 4 on, the equality of Numbers having an
+///    absolute tolerance.
 ZELM_EXPORT MetaData::Object jsonStringtoMetaData(std::string const& text);
 
 }  // namespace Zelm::Json
