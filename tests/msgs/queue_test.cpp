@@ -43,7 +43,7 @@ public:
                 throw std::runtime_error("the queue failed");
             return nullptr;
         }
-        auto const result = messages_.front();
+        auto result = messages_.front();
         messages_.pop_front();
         return result;
     }

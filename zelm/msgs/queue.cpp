@@ -6,7 +6,6 @@
 namespace Zelm::Msgs {
 
 MessageQueueInterface::MessageQueueInterface() = default;
-MessageQueueInterface::~MessageQueueInterface() = default;
 
 std::shared_ptr<Message const> MessageQueueInterface::getMessage()
 {

@@ -49,7 +49,7 @@ public:
 protected:
     MessageQueueInterface(MessageQueueInterface const&) = default;
     MessageQueueInterface& operator=(MessageQueueInterface const&) = default;
-    ~MessageQueueInterface();  // not virtual: nobody deletes a queue through its interface
+    ~MessageQueueInterface() = default;  // not virtual: nobody deletes a queue through its interface
 };
 
 }  // namespace Zelm::Msgs
