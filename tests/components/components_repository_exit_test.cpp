@@ -12,7 +12,9 @@
 
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <utility>
 
 namespace Zelm {
 namespace {
@@ -67,32 +69,143 @@ TEST(Exit, endsTheProcessAtAnEndThatThrows)
     EXPECT_THAT(child.err, ::testing::HasSubstr("no end for \"t\""));
 }
 
-/// Keeps a copy of the repository's pointer and gives it up at the very end.
-struct Keeper {
-    std::shared_ptr<ComponentsRepositoryInterface> repository;
-    ~Keeper()
+std::string answer()
+{
+    auto const repository = ComponentsRepositoryInterface::getComponentsRepository();
+    if (!repository)
+        return "none";
+    return repository->findComponent("b") ? "one that has b" : "one without b";
+}
+
+/// Tells when it is started, ended and destroyed, and which repository it finds then.
+class Asking : public Component_Base, public LifeCycle::PassiveInterface {
+public:
+    explicit Asking(std::string name, std::function<void()> end = {}) : name_(std::move(name)), end_(std::move(end)) {}
+    ~Asking() override { tell("goes"); }
+    void startLifeCycle() override { tell("starts"); }
+    void endLifeCycle() override
     {
-        std::cout << "the process has "
-                  << (ComponentsRepositoryInterface::getComponentsRepository() ? "a repository" : "none any more")
-                  << std::endl;
+        tell("ends");
+        if (end_)
+            end_();
     }
+
+private:
+    void tell(char const* event)
+    {
+        std::cout << name_ << " " << event << ", the repository is " << answer() << std::endl;
+    }
+
+    std::string name_;
+    std::function<void()> end_;
 };
 
-ZELM_CHILD(keepsACopyOfThePointer)
+void add(std::string const& id, std::function<void()> end = {})
 {
-    static Keeper keeper;  // older than the repository, so it goes later
-    keeper.repository = ComponentsRepositoryInterface::getComponentsRepository();
-    keeper.repository->addComponent(
-        std::make_shared<Scripted>(Scripted::Action(),
-                                   [](Scripted&) { std::cout << "the component ends" << std::endl; }),
-        "a");
+    ComponentsRepositoryInterface::getComponentsRepository()->addComponent(std::make_shared<Asking>(id, std::move(end)),
+                                                                           id);
+}
+
+/// Keeps a copy of the repository's pointer and gives it up as it goes.
+struct Keeper {
+    std::shared_ptr<ComponentsRepositoryInterface> repository;
+    ~Keeper() { std::cout << "the keeper goes, the repository is " << answer() << std::endl; }
+};
+
+ZELM_CHILD(addsAComponentInTheLastEnd)
+{
+    add("a", [] { add("c"); });
+    add("b");
     return 0;
 }
 
-TEST(Exit, destroysTheRepositoryWithTheLastCopyOfItsPointer)
+TEST(Exit, dropsWhatAnEndAddsWithoutEndingItOnPurpose)
 {
-    EXPECT_EQ(TemporaryInstallation().run("keepsACopyOfThePointer").out,
-              "the process has none any more\nthe component ends\n");
+    auto const child = TemporaryInstallation().run("addsAComponentInTheLastEnd");
+
+    EXPECT_EQ(child.out, "a starts, the repository is one without b\n"
+                         "b starts, the repository is one without b\n"
+                         "a ends, the repository is one that has b\n"
+                         "c starts, the repository is one that has b\n"
+                         "b ends, the repository is one without b\n"
+                         "a goes, the repository is one without b\n"
+                         "b goes, the repository is one without b\n"
+                         "c goes, the repository is none\n");
+    EXPECT_EQ(child.status, 0);
+}
+
+ZELM_CHILD(copiesThePointerInTheLastEnd)
+{
+    static Keeper keeper;  // older than the repository, so it goes later
+    add("a", [] {
+        keeper.repository = ComponentsRepositoryInterface::getComponentsRepository();
+        std::cout << "owners: " << keeper.repository.use_count() << std::endl;
+    });
+    return 0;
+}
+
+TEST(Exit, givesTheEndsAPointerThatDoesNotOwnTheRepository)
+{
+    auto const child = TemporaryInstallation().run("copiesThePointerInTheLastEnd");
+
+    EXPECT_EQ(child.out, "a starts, the repository is one without b\n"
+                         "a ends, the repository is one without b\n"
+                         "owners: 0\n"
+                         "a goes, the repository is one without b\n"
+                         "the keeper goes, the repository is none\n");
+    EXPECT_EQ(child.status, 0);
+}
+
+ZELM_CHILD(keepsACopyOfThePointer)
+{
+    static Keeper keeper;
+    keeper.repository = ComponentsRepositoryInterface::getComponentsRepository();
+    add("a");
+    add("b");
+    return 0;
+}
+
+TEST(Exit, destroysTheRepositoryWithTheLastCopyOfItsPointerAndInReachOfItsComponents)
+{
+    auto const child = TemporaryInstallation().run("keepsACopyOfThePointer");
+
+    EXPECT_EQ(child.out, "a starts, the repository is one without b\n"
+                         "b starts, the repository is one without b\n"
+                         "the keeper goes, the repository is one that has b\n"
+                         "a ends, the repository is one that has b\n"
+                         "b ends, the repository is one without b\n"
+                         "a goes, the repository is one without b\n"
+                         "b goes, the repository is one without b\n");
+    EXPECT_EQ(child.status, 0);
+}
+
+/// Takes over a copy of the pointer when the process's own share is gone.
+struct Heir {
+    explicit Heir(Keeper& keeper) : keeper_(keeper) {}
+    ~Heir() { keeper_.repository = ComponentsRepositoryInterface::getComponentsRepository(); }
+    Keeper& keeper_;
+};
+
+ZELM_CHILD(takesOverTheRepositoryBehindItsRelease)
+{
+    static Keeper last;
+    static Keeper first;
+    static Heir const heir(last);  // goes while `first` still has its copy
+    first.repository = ComponentsRepositoryInterface::getComponentsRepository();
+    add("a");
+    return 0;
+}
+
+TEST(Exit, givesARealCopyOfThePointerAsLongAsAnyIsKept)
+{
+    auto const child = TemporaryInstallation().run("takesOverTheRepositoryBehindItsRelease");
+
+    EXPECT_EQ(child.out, "a starts, the repository is one without b\n"
+                         "the keeper goes, the repository is one without b\n"
+                         "the keeper goes, the repository is one without b\n"
+                         "a ends, the repository is one without b\n"
+                         "a goes, the repository is one without b\n");
+    EXPECT_EQ(child.status, 0);
 }
 
 }  // namespace

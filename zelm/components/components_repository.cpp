@@ -5,6 +5,7 @@
 #include "zelm/components/core_component_factory.h"
 #include "zelm/core/exceptions.h"
 
+#include <atomic>
 #include <iostream>
 #include <utility>
 
@@ -15,22 +16,45 @@ std::string const coreFactoryName = "CoreComponentFactory";
 
 namespace {
 
-/// Gives up the process's own share in the repository at exit. The components are ended while the pointer still stands,
-/// so that they may ask for the repository meanwhile.
-class ReleaseAtExit {
+/// The process's repository while its destructor ends the components, and null at all other times. Nobody owns it then.
+std::atomic<ComponentsRepositoryInterface*> endingRepository{nullptr};
+
+/// Destroys the process's repository in such a way that the components may ask for it while they are ended.
+void destroyWithinReach(ComponentsRepository* repository)
+{
+    endingRepository = repository;
+    delete repository;
+}
+
+/// The process's repository with the process's own share in it.
+class ProcessRepository {
 public:
-    explicit ReleaseAtExit(std::shared_ptr<ComponentsRepositoryInterface>& repository) : repository_(repository) {}
-    ReleaseAtExit(ReleaseAtExit const&) = delete;
-    ReleaseAtExit& operator=(ReleaseAtExit const&) = delete;
-    ~ReleaseAtExit()
+    ProcessRepository() : owner_(new ComponentsRepository, &destroyWithinReach), repository_(owner_) {}
+
+    /// Takes no lock and needs none: what it reads is never written again, or atomic.
+    std::shared_ptr<ComponentsRepositoryInterface> get() const
     {
-        if (repository_.use_count() == 1)
-            repository_->releaseAllComponents();
-        repository_.reset();
+        if (auto repository = repository_.lock())
+            return repository;
+        // An owner made now would destroy the repository a second time.
+        return {std::shared_ptr<void>(), endingRepository.load()};
     }
+    void letGo() { owner_.reset(); }
 
 private:
-    std::shared_ptr<ComponentsRepositoryInterface>& repository_;
+    std::shared_ptr<ComponentsRepositoryInterface> owner_;  // for letGo alone
+    std::weak_ptr<ComponentsRepositoryInterface> const repository_;
+};
+
+class LetsGoAtExit {
+public:
+    explicit LetsGoAtExit(ProcessRepository& repository) : repository_(repository) {}
+    LetsGoAtExit(LetsGoAtExit const&) = delete;
+    LetsGoAtExit& operator=(LetsGoAtExit const&) = delete;
+    ~LetsGoAtExit() { repository_.letGo(); }
+
+private:
+    ProcessRepository& repository_;
 };
 
 bool namesAFactory(std::string const& componentType)
@@ -59,11 +83,10 @@ ComponentsRepositoryInterface::~ComponentsRepositoryInterface() = default;
 
 std::shared_ptr<ComponentsRepositoryInterface> ComponentsRepositoryInterface::getComponentsRepository()
 {
-    // The pointer itself is never destroyed: whoever asks after the release finds it empty.
-    static auto& repository =
-        *new std::shared_ptr<ComponentsRepositoryInterface>(std::make_shared<ComponentsRepository>());
-    static ReleaseAtExit const release(repository);
-    return repository;
+    // This storage is never destroyed: it answers also those who ask at the very end of the process.
+    static auto& repository = *new ProcessRepository;
+    static LetsGoAtExit const release(repository);
+    return repository.get();
 }
 
 ComponentsRepository::ComponentsRepository()
@@ -76,6 +99,9 @@ ComponentsRepository::ComponentsRepository()
 ComponentsRepository::~ComponentsRepository()
 {
     releaseAllComponents();
+    // What goes with the members finds no repository any more.
+    ComponentsRepositoryInterface* self = this;
+    endingRepository.compare_exchange_strong(self, nullptr);
 }
 
 // ---------------------------------------------------------------------------------------------- instances in the table

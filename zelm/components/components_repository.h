@@ -19,13 +19,17 @@
 /// A library's factory is a component too. The first creation of one of its types puts it into the table under the
 /// library's name and "->Factory", so that it lives and is started once.
 ///
-/// At process exit all instances still in the table end, in ascending byte order of their ids and of nothing else. By
-/// then static objects of a library that was loaded late may be gone: an application with such components calls
-/// releaseAllComponents() before it leaves main. A component may ask for the repository while it is being ended.
+/// The process lets go of the repository at exit, and the repository goes with the last copy of its pointer: a copy
+/// that a static object keeps delays the end until that object goes, and one that is never given up, such as a
+/// component's own, prevents it. All instances that stand in the table then end, once and in ascending byte order of
+/// their ids and of nothing else; what they add meanwhile is dropped without an end. By then static objects of a
+/// library that was loaded late may be gone: an application with such components calls releaseAllComponents() before it
+/// leaves main. A component may ask for the repository while it is being ended.
 ///
 /// Thread-safety: any thread may call any operation of the repository. One recursive lock guards everything and is held
 /// while libraries are loaded, creators run and components start: creations run one at a time in the whole process, and
-/// a creator or a startLifeCycle may call the repository on its own thread. endLifeCycle runs outside the lock.
+/// a creator or a startLifeCycle may call the repository on its own thread. endLifeCycle runs outside the lock, and so
+/// does the emptying of the id behind it: two threads must not remove the same object at the same time.
 /// ComponentsRepository::Map and its rows have no lock.
 #pragma once
 
@@ -60,7 +64,9 @@ public:
     /// The process's one repository. The first call makes it: that reads the components map and, unless the map still
     /// fits the installation, loads every component library; other callers wait meanwhile. If making it throws, the
     /// exception comes out here and the next call tries again.
-    /// Never empty before the process exits; what static objects see that are destroyed behind the repository is empty.
+    /// Never empty before the process exits, nor as long as anybody keeps a copy. While the repository goes and ends
+    /// its components, they get a pointer that can be used but owns nothing, and so is worth nothing after their end.
+    /// Behind that it is empty.
     static std::shared_ptr<ComponentsRepositoryInterface> getComponentsRepository();
 
     /// Ends all instances that stand in the table now, in ascending byte order of their ids, the factories and the core
@@ -77,6 +83,7 @@ public:
     /// life cycle first, without the lock, then its id is emptied.
     /// Returns InvalidParameter for an empty pointer, NotInRepository if nothing stands there. An exception from
     /// endLifeCycle passes through: the entry is gone then and the object keeps its id.
+    /// The id is read with the lock and emptied without it, so two threads must not remove one object at the same time.
     virtual Error removeComponent(std::shared_ptr<ComponentInterface> component) = 0;
 
     /// The instance under that id, or an empty pointer.
@@ -86,9 +93,8 @@ public:
     /// empty. A type that ends in "->Factory" gives a new factory of the library in front of that.
     ///
     /// Throws, and then the library's factory may stand in the table all the same:
-    ///  - Exception::MissingComponent if the type isn't known, or its library isn't, with what the last build of the
-    ///  map
-    ///    failed on if it failed;
+    ///  - Exception::MissingComponent if the type isn't known, or its library isn't, with what the last build failed
+    ///    on if it failed;
     ///  - Exception::FailedToLoad if the library can't be loaded;
     ///  - Exception::FailedToCreateComponent in all other cases: the map is empty, the map says why the type or its
     ///    library can't be used, the library offers no usable factory, or the factory didn't make anything;
