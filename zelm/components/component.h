@@ -50,7 +50,8 @@ namespace LifeCycle {
 /// startLifeCycle while it adds an object, with its lock held and before the object can be found, and endLifeCycle
 /// behind its removal, without the lock. An exception from either passes through to whoever asked for it.
 ///
-/// An object that is started again after its end must work as after the first start.
+/// A factory that its library hands out again and again is started and ended as often, and must work after each start
+/// as after the first. No other object has to, unless it is added again after its removal.
 class ZELM_EXPORT PassiveInterface {
 public:
     virtual void startLifeCycle() = 0;

@@ -8,7 +8,8 @@
 ///     public:
 ///         void startLifeCycle() override
 ///         {
-///             addComponentCreator("Engine", [](auto const& arguments) { return std::make_shared<Engine>(arguments);
+///             addComponentCreator("Engine", [](auto const& arguments) {
+///                 return std::make_shared<Engine>(arguments);
 ///             });
 ///         }
 ///         void endLifeCycle() override { removeAllComponentCreators(); }
@@ -22,9 +23,8 @@
 /// A factory needs all three bases:
 ///  - without ComponentFactoryInterface it can't be returned at all;
 ///  - without LifeCycle::PassiveInterface the scan passes it over without a word, and none of its types is ever known;
-///  - without ComponentInterface the repository can't keep it, and every creation fails with "Component factory
-///  provided
-///    doesn't support ComponentInterface".
+///  - without ComponentInterface the repository can't keep it, and every creation fails with the detail
+///    "Component factory provided doesn't support ComponentInterface".
 ///
 /// supportedComponents is called only between startLifeCycle and endLifeCycle, createComponent only on a factory that
 /// has been started.

@@ -27,11 +27,16 @@
 /// A row that has an "Error" stays in the file and tells every later caller why, without a library being touched.
 /// "Errors", at the top level, holds what stopped the last build.
 ///
-/// Component libraries are the regular files that match "*.so.*" in the installation's library directory, zelmRoot()
-/// and componentsBinaryDir(), and whose path contains none of the words "ZelmCore", "QuobCore" and "omniORB". Links
-/// don't count, so of a library's usual chain of names only the file with its full version suffix does.
+/// Component libraries are what matches "*.so.*" in the installation's library directory, zelmRoot() and
+/// componentsBinaryDir(), unless the path contains one of the words "ZelmCore", "QuobCore" and "omniORB". Everything
+/// but directories, symbolic links and names that end in "." counts, also a hidden file or one that can't be read. As
+/// links don't, of a library's usual chain of names only the file with its full version suffix does.
 ///
 /// Nothing protects the file: it is written in place, and of two processes that build at once the later one wins.
+///
+/// It is written and read under the global C++ locale of the moment. One that groups digits makes a file that no later
+/// start takes in ("couldn't load Components Map"), so that each builds again: an application with such a locale makes
+/// it the global one after its first getComponentsRepository().
 ///
 /// Thread-safety: one thread at a time for a map. The repository calls these functions with its lock held.
 #pragma once
@@ -63,6 +68,8 @@ ZELM_EXPORT extern std::vector<int> const codeVersion;
 ///     a library's row has an "Error", its file is gone    none
 ///     or has another write time, or a library has no row
 ///
+/// An accepted file may have "Errors": see buildComponentsMap.
+///
 /// So a library that can't be loaded brings on a rebuild at every start until it is mended or removed. So does one
 /// whose write time doesn't fit 32 signed bits, as the row keeps no more than those.
 ///
@@ -76,9 +83,11 @@ ZELM_EXPORT bool initializeSourceMap(ComponentsRepository::Map& map);
 ///    factory, or whose factory is no LifeCycle::PassiveInterface has a clean row and adds no component.
 ///  - A type that two libraries support can't be made: its row's "Error" names both.
 ///  - A type that was in the map and isn't provided any more keeps a row, with "Library with factory is missing" if its
-///    library is gone. No type ever disappears from the map.
-///  - A std::exception from a library stops the scan. Its text goes into "Errors" and what was found so far is kept;
-///    as the libraries behind it have no rows, the next start builds again.
+///    library is gone. No type disappears from the map in a build that goes through.
+///  - A std::exception from a library stops the build. Its text goes into "Errors", without one an empty text, and what
+///    was found so far is kept. Types of the old map that weren't found by then are dropped. If there are libraries
+///    behind that one, they have no rows, and so the next start builds again. If there are none, the next start accepts
+///    the file with its "Errors", as long as it has a type.
 ///  - Anything else that a library throws comes out of here, and nothing is written.
 ///
 /// That the file can't be written is no failure and isn't reported: the map in memory stands.

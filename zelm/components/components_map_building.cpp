@@ -182,6 +182,13 @@ void scanLibrary(Map& map, FileInfo const& file)
     passive->endLifeCycle();  // not reached if anything before it throws
 }
 
+/// A what() may be null, however odd that is, and a text can't be made of that.
+std::string textOf(std::exception const& error)
+{
+    char const* const text = error.what();
+    return text ? text : "";
+}
+
 /// Keeps a type visible that was in the map and isn't provided any more.
 void keepOldRow(Map& map, Map::Component const& old, std::vector<std::string>& messages)
 {
@@ -195,7 +202,7 @@ void keepOldRow(Map& map, Map::Component const& old, std::vector<std::string>& m
     } catch (Exception::MissingLibrary const&) {
         row.error.assign("Library with factory is missing");
     } catch (std::exception const& error) {
-        messages.emplace_back(error.what());
+        messages.push_back(textOf(error));
     }
 }
 
@@ -215,7 +222,7 @@ void scan(Map& map, std::list<FileInfo> const& files, std::vector<std::string>& 
         for (auto const& old : oldRows)
             keepOldRow(map, old, messages);
     } catch (std::exception const& error) {
-        messages.emplace_back(error.what());
+        messages.push_back(textOf(error));
     }
 }
 
