@@ -94,5 +94,26 @@ TEST(MetaDataExceptions, keepTheirTextUnchanged)
     }
 }
 
+TEST(MetaDataExceptions, areCopiedWithoutThrowingAnything)
+{
+    EXPECT_TRUE(std::is_nothrow_copy_constructible_v<Exception>);
+    EXPECT_TRUE(std::is_nothrow_copy_constructible_v<ScanException>);
+    EXPECT_TRUE(std::is_nothrow_copy_constructible_v<ParseException>);
+}
+
+TEST(MetaDataExceptions, keepTheirTextAndPlacesInACopy)
+{
+    ScanException const scan("scan", {1, 2, 3});
+    ParseException const parse("parse", {1, 2, 3}, {4, 5, 6});
+    auto const scanCopy = scan;
+    auto const parseCopy = parse;
+
+    EXPECT_STREQ(scanCopy.what(), "scan");
+    EXPECT_EQ(scanCopy.errorPosition().documentOffset, 3u);
+    EXPECT_STREQ(parseCopy.what(), "parse");
+    EXPECT_EQ(parseCopy.tokenStart().lineOffset, 2u);
+    EXPECT_EQ(parseCopy.tokenEnd().line, 4u);
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

@@ -62,6 +62,49 @@ TEST(JsonString, givesBackAnEqualObject)
     EXPECT_EQ(back["whole number"].GetElementType(), ElementType::Integer);
 }
 
+// Written as digits without a point, which are an Integer to the fast path, and one that takes over the 64 bits.
+TEST(JsonString, givesBackANegativeIntegerForANumberFromTwoToThe63rdOnOnPurpose)
+{
+    Object object;
+    object["a"] = number(1e19);
+
+    auto const text = metaDatatoJsonString(object);
+    auto const back = jsonStringtoMetaData(text);
+
+    EXPECT_EQ(text, "{\n\t\"a\" : 10000000000000000000\n}");
+    ASSERT_EQ(back["a"].GetElementType(), ElementType::Integer);
+    EXPECT_EQ(back["a"].asInt64(), -8446744073709551616);
+    EXPECT_NE(back["a"], object["a"]);
+}
+
+TEST(JsonString, givesBackNumbersOfIntegralOnesThatFitNoInteger)
+{
+    for (double const value : {18446744073709551616.0, -9223372036854777856.0, 1e20, -1e20}) {
+        SCOPED_TRACE(value);
+        Object object;
+        object["a"] = number(value);
+
+        auto const back = jsonStringtoMetaData(metaDatatoJsonString(object));
+
+        EXPECT_EQ(back["a"].GetElementType(), ElementType::Number);
+        EXPECT_DOUBLE_EQ(back["a"].asDouble(), value);
+    }
+}
+
+TEST(JsonString, givesBackEqualIntegersForIntegralNumbersInTheirRange)
+{
+    for (double const value : {-9223372036854775808.0, 9223372036854774784.0, -1.0, 0.0}) {
+        SCOPED_TRACE(value);
+        Object object;
+        object["a"] = number(value);
+
+        auto const back = jsonStringtoMetaData(metaDatatoJsonString(object));
+
+        EXPECT_EQ(back["a"].GetElementType(), ElementType::Integer);
+        EXPECT_EQ(back["a"], object["a"]);
+    }
+}
+
 TEST(JsonString, mayGiveBackANumberThatDiffersInTheLastPlacesOnPurpose)
 {
     Object object;

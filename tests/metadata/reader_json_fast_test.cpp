@@ -4,7 +4,9 @@
 
 #include <cmath>
 #include <cstdint>
+#include <iostream>
 #include <limits>
+#include <sstream>
 #include <string>
 
 namespace Zelm::MetaData {
@@ -269,6 +271,31 @@ TEST(FastReader, printsALineForATextThatDoesNotParseAndLeavesTheTargetOnPurpose)
         EXPECT_EQ(object.size(), 1u);
         EXPECT_EQ(object["a"], integer(7));
     }
+}
+
+/// Counts how often it is flushed.
+class FlushCounter : public std::stringbuf {
+public:
+    int flushes = 0;
+
+protected:
+    int sync() override
+    {
+        ++flushes;
+        return 0;
+    }
+};
+
+TEST(FastReader, flushesTheLineThatItPrints)
+{
+    FlushCounter counter;
+    auto* const old = std::cout.rdbuf(&counter);
+    Object object;
+    ReaderJson::Read(object, "x");
+    std::cout.rdbuf(old);
+
+    EXPECT_EQ(counter.str(), parserError);
+    EXPECT_GE(counter.flushes, 1);
 }
 
 TEST(FastReader, takesNothingFromATextThatIsNoObjectAndSaysNothing)

@@ -7,10 +7,13 @@
 #include "tests/support/throws_text.h"
 #include "zelm/metadata/writer_json.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
+#include <iterator>
 #include <limits>
 #include <new>
 #include <random>
@@ -204,6 +207,64 @@ TEST(TokenReaderStream, standsRightBehindTheClosingBrace)
     EXPECT_EQ(rest, " trailing");
 }
 
+/// The rest of the stream, which must still be good.
+std::string restOf(std::istream& stream)
+{
+    EXPECT_TRUE(stream.good());
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+}
+
+TEST(TokenReaderStream, standsWhereTheFaultWasFound)
+{
+    struct {
+        char const* why;
+        std::string text;
+        char const* rest;
+    } const cases[] = {
+        {"no token begins there", "x{}", "x{}"},
+        {"nor behind white space", " \n x}", "x}"},
+        {"nor inside", "{?}", "?}"},
+        {"nor with a sign", R"({"a":+1})", "+1}"},
+        {"nor with the byte that the end reads as", "{\xFF}", "\xFF}"},
+        {"a number ends in front of it", R"({"a":1x})", "x}"},
+        {"behind the wrong byte of a word", R"({"a":truth})", "h}"},
+        {"behind the wrong byte of a word", R"({"a":nan})", "n}"},
+        {"behind the letter of a bad escape", R"({"a":"\u0041"})", R"(0041"})"},
+        {"a parse fails behind the brace: nothing open", "} rest", " rest"},
+        {"a token too much", R"({"a":"}"]}rest)", "rest"},
+        {"a token too few", R"({"a" 1}{})", "{}"},
+        {"a fault far in front of the brace", R"({1:{"b":[{}]},2}} rest)", "} rest"},
+        {"a bad number", R"({"a":1-2} )", " "},
+        {"a name twice", R"({"a":1,"a":2}\)", "\\"},
+        {"brackets don't count", "[{}]", "]"},
+    };
+    for (auto const& row : cases)
+        for (std::size_t const size : {std::size_t(0), std::size_t(1), std::size_t(3), wholeText}) {
+            SCOPED_TRACE(row.why + ": "s + row.text + ", pieces of " + std::to_string(size));
+            Source source(row.text, size);
+            std::istream stream(&source);
+            Object object;
+
+            EXPECT_ANY_THROW(ReaderJson::Read(object, stream));
+
+            EXPECT_EQ(source.taken(), row.text.size() - std::strlen(row.rest));
+            EXPECT_EQ(restOf(stream), row.rest);
+        }
+}
+
+TEST(TokenReaderStream, tellsItsPlaceAfterAFaultToo)
+{
+    std::istringstream scanned(R"({"a":truth})");
+    std::istringstream parsed(R"({"a" 1}{})");
+    Object object;
+
+    EXPECT_THROW(ReaderJson::Read(object, scanned), ScanException);
+    EXPECT_THROW(ReaderJson::Read(object, parsed), ParseException);
+
+    EXPECT_EQ(scanned.tellg(), std::streampos(9));
+    EXPECT_EQ(parsed.tellg(), std::streampos(7));
+}
+
 TEST(TokenReaderStream, isAskedForNothingBehindTheClosingBrace)
 {
     std::string const text = R"({"a":[{"b":"}"},1]})";
@@ -335,6 +396,20 @@ TEST(TokenReaderStream, thatHasFailedBeforehandReadsAsTheEnd)
     }
 }
 
+TEST(TokenReaderStream, thatHasMetItsEndReadsAsTheEndThoughItsBufferHoldsText)
+{
+    std::istringstream stream("{}");
+    stream.setstate(std::ios_base::eofbit);
+    Object object;
+
+    EXPECT_THAT([&] { ReaderJson::Read(object, stream); },
+                Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
+
+    EXPECT_EQ(stream.rdstate(), std::ios_base::eofbit | std::ios_base::failbit);
+    stream.clear();
+    EXPECT_EQ(restOf(stream), "{}");
+}
+
 TEST(TokenReaderStream, isReadAlikeWithATiedStream)
 {
     Settings settings;
@@ -392,6 +467,49 @@ TEST(TokenReaderStream, mayBeAFileWithTextsLongerThanItsBuffer)
     EXPECT_TRUE(first == written);
     EXPECT_TRUE(second["last"].asBoolean());
     EXPECT_EQ(rest, "rest");
+}
+
+/// Where the text ends, counted byte by byte.
+std::string endOf(std::string const& text)
+{
+    ReaderJson::StreamPosition position;
+    for (char const byte : text) {
+        ++position.documentOffset;
+        ++position.lineOffset;
+        if (byte == '\n') {
+            ++position.line;
+            position.lineOffset = 0;
+        }
+    }
+    return print(position);
+}
+
+/// White space of that length, with a line feed at the given places from its start.
+std::string blanks(std::size_t length, std::vector<std::size_t> const& lineFeeds)
+{
+    std::string text(length, ' ');
+    for (auto const place : lineFeeds)
+        if (place < length)
+            text[place] = '\n';
+    return text;
+}
+
+TEST(TokenReaderStream, hasItsPlacesCountedThroughAnyAmountOfWhiteSpace)
+{
+    for (std::size_t const length : {0, 1, 2, 63, 64, 65, 66, 127, 128, 129, 130, 200, 1000})
+        for (auto const& lineFeeds : {std::vector<std::size_t>{}, {0}, {1}, {64, 65}, {0, 70, 128, 199}}) {
+            auto const gap = blanks(length, lineFeeds);
+            auto const front = gap + "{" + gap + "\"a\"" + gap + ":" + gap;
+            for (std::size_t const size : {std::size_t(0), std::size_t(7), std::size_t(64), wholeText}) {
+                SCOPED_TRACE(std::to_string(length) + " characters, pieces of " + std::to_string(size));
+                EXPECT_THAT(outcomeOf(front + "?", size), ::testing::StartsWith("ScanException Unexpected character in "
+                                                                                "stream: ? " +
+                                                                                endOf(front) + '\n'));
+                EXPECT_THAT(outcomeOf(front + "]" + gap + "," + gap + "}", size),
+                            ::testing::StartsWith("ParseException Unexpected token: ] " + endOf(front) + ' ' +
+                                                  endOf(front + "]") + '\n'));
+            }
+        }
 }
 
 }  // namespace

@@ -107,6 +107,15 @@ TEST(TokenReader, skipsWhatIsspaceCallsWhiteSpaceBetweenTokens)
     EXPECT_EQ(a(" \t\r\n\v\f{ \"a\"\v:\f[\n1\r,\t2 ] } ")[1].asInt64(), 2);
 }
 
+TEST(TokenReader, takesNoByteBeyondAsciiForWhiteSpace)
+{
+    for (int byte = 0x80; byte <= 0xFF; ++byte) {
+        SCOPED_TRACE(byte);
+        std::string const text(1, static_cast<char>(byte));
+        EXPECT_THAT(reading("{" + text + "}"), throwsText<ScanException>("Unexpected character in stream: " + text));
+    }
+}
+
 // ---------------------------------------------------------------------------------------------------------- strings
 
 TEST(TokenReader, decodesEightEscapes)
@@ -207,6 +216,26 @@ TEST(TokenReader, refusesTokensThatMakeNoValue)
     }
 }
 
+TEST(TokenReader, namesAStringThatItDidNotExpectByItsDecodedContent)
+{
+    EXPECT_THAT(reading(R"({"a":1 "b\n\"":2})"), throwsText<ParseException>("Unexpected token: b\n\""));
+    EXPECT_THAT(reading<Array>(R"([1] "x\ty\\"})"),
+                throwsText<ParseException>("Expected End of token stream; found x\ty\\"));
+}
+
+TEST(TokenReader, printsNothing)
+{
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    parsed(R"({"a":[1,"x"]})");
+    for (char const* text : {"", "x", "}", R"({"a":1-2})", R"({"a":1,"a":2})", R"({"a":"\u0041"})", R"({"a":"b)"})
+        EXPECT_ANY_THROW(parsed(text)) << text;
+    EXPECT_ANY_THROW(parsed<Array>("[1]}"));
+
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+}
+
 TEST(TokenReader, findsAFaultOfTheScanBeforeAnEarlierOneOfTheParse)
 {
     EXPECT_THAT(reading(R"({"a" 1, x})"), throwsText<ScanException>("Unexpected character in stream: x"));
@@ -287,6 +316,67 @@ TEST(TokenReader, addsToTheMembersThatTheTargetHas)
     EXPECT_EQ(object["c"].asInt64(), 3);
 }
 
+TEST(TokenReader, addsToTheMembersOfAnElementThatIsAnObject)
+{
+    Element element;
+    element["b"] = Trivial_T<long>(2);
+    std::istringstream stream(R"({"a":1})");
+
+    ReaderJson::Read(element, stream);
+
+    EXPECT_EQ(element.CastTo<Object>().size(), 2u);
+    EXPECT_EQ(element["a"].asInt64(), 1);
+    EXPECT_EQ(element["b"].asInt64(), 2);
+}
+
+TEST(TokenReader, addsToTheElementsThatAnArrayHas)
+{
+    Array array;
+    array.insert(Element(Trivial_T<long>(7)));
+    std::istringstream stream("[1,2]}");
+
+    EXPECT_THROW(ReaderJson::Read(array, stream), ParseException);
+
+    ASSERT_EQ(array.size(), 3u);
+    EXPECT_EQ(array[0].asInt64(), 7);
+    EXPECT_EQ(array[1].asInt64(), 1);
+    EXPECT_EQ(array[2].asInt64(), 2);
+}
+
+TEST(TokenReader, leavesAnElementAsItWasIfNoValueBeginsThere)
+{
+    for (char const* text : {"}", ",}", ":}", "]}", "x", "{", "[1,?"}) {
+        SCOPED_TRACE(text);
+        Element element(Trivial_T<std::string>("old"));
+        std::istringstream stream(text);
+
+        EXPECT_ANY_THROW(ReaderJson::Read(element, stream));
+
+        ASSERT_EQ(element.GetElementType(), ElementType::String);
+        EXPECT_EQ(element.asString(), "old");
+    }
+}
+
+TEST(TokenReader, makesOfAnElementWhatItsFirstTokenCallsFor)
+{
+    struct {
+        char const* text;
+        ElementType type;
+    } const cases[] = {
+        {"{:}", ElementType::Object}, {"[}", ElementType::Array},      {"\"x\"}", ElementType::String},
+        {"1}", ElementType::Number},  {"true}", ElementType::Boolean}, {"null}", ElementType::Null},
+    };
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.text);
+        Element element(Trivial_T<long>(7));
+        std::istringstream stream(row.text);
+
+        EXPECT_THROW(ReaderJson::Read(element, stream), ParseException);
+
+        EXPECT_EQ(element.GetElementType(), row.type);
+    }
+}
+
 TEST(TokenReader, refusesANameThatTheTargetHas)
 {
     Object object;
@@ -331,6 +421,19 @@ TEST(TokenReader, leavesANullForTheElementAtFaultInAnArray)
     ASSERT_EQ(array.size(), 3u);
     EXPECT_EQ(array[1].asInt64(), 2);
     EXPECT_EQ(array[2].GetElementType(), ElementType::Null);
+}
+
+TEST(TokenReader, leavesTheNullInTheInnermostArray)
+{
+    Array array;
+    std::istringstream stream("[1,[2,:]]}");
+
+    EXPECT_THROW(ReaderJson::Read(array, stream), ParseException);
+
+    ASSERT_EQ(array.size(), 2u);
+    ASSERT_EQ(array[1].CastTo<Array>().size(), 2u);
+    EXPECT_EQ(array[1][0].asInt64(), 2);
+    EXPECT_EQ(array[1][1].GetElementType(), ElementType::Null);
 }
 
 // -------------------------------------------------------------------------------------------------------- positions
