@@ -1,8 +1,12 @@
 #include "zelm/components/component_factory.h"
 
+#include "tests/support/vtable_slot.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <functional>
 #include <thread>
 #include <type_traits>
@@ -11,6 +15,7 @@ namespace Zelm {
 namespace {
 
 using ::testing::ElementsAre;
+using Testing::slotOf;
 
 class NamedComponent : public Component_Base {
 public:
@@ -209,6 +214,44 @@ TEST(ComponentFactoryBase, callsNoCreatorWhenItIsDestroyed)
     EXPECT_EQ(calls, 0);
 }
 
+TEST(ComponentFactoryBase, keepsItsTableLockedWhileACreatorRuns)
+{
+    struct {
+        char const* call;
+        std::function<void(ComponentFactory_Base&)> run;
+    } const cases[] = {
+        {"createComponent", [](auto& factory) { factory.createComponent("Wheel", {}); }},
+        {"addComponentCreator", [](auto& factory) { factory.addComponentCreator("Wheel", nullptr); }},
+        {"removeComponentCreator", [](auto& factory) { factory.removeComponentCreator("Wheel"); }},
+        {"removeAllComponentCreators", [](auto& factory) { factory.removeAllComponentCreators(); }},
+    };
+
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.call);
+        ComponentFactory_Base factory;
+        std::atomic<bool> called = false;
+        std::atomic<bool> back = false;
+        std::thread other;
+        factory.addComponentCreator("Engine", [&](auto const&) {
+            other = std::thread([&] {
+                called = true;
+                row.run(factory);
+                back = true;
+            });
+            while (!called)
+                std::this_thread::yield();
+            // A while to come back wrongly. Where the call waits as it should, this never fails.
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            EXPECT_FALSE(back);
+            return nullptr;
+        });
+
+        factory.createComponent("Engine", {});
+
+        other.join();
+    }
+}
+
 TEST(ComponentFactoryBase, mayBeChangedAndAskedFromSeveralThreadsAtOnce)
 {
     ComponentFactory_Base factory;
@@ -228,6 +271,31 @@ TEST(ComponentFactoryBase, mayBeChangedAndAskedFromSeveralThreadsAtOnce)
     second.join();
 
     EXPECT_THAT(typesOf(factory), ElementsAre("Engine"));
+}
+
+struct BehindFactoryInterface : ComponentFactoryInterface {
+    virtual void next() = 0;
+};
+
+struct BehindFactoryBase : ComponentFactory_Base {
+    virtual void next() = 0;
+};
+
+TEST(ComponentFactoryInterface, hasItsFunctionsInTheOrderThatLibrariesAreBuiltFor)
+{
+    EXPECT_EQ(slotOf(&ComponentFactoryInterface::createComponent), 0);
+    EXPECT_EQ(slotOf(&ComponentFactoryInterface::supportedComponents), 1);
+    EXPECT_EQ(slotOf(&BehindFactoryInterface::next), 4);
+}
+
+TEST(ComponentFactoryBase, hasItsFunctionsInTheOrderThatLibrariesAreBuiltFor)
+{
+    EXPECT_EQ(slotOf(&ComponentFactory_Base::createComponent), 0);
+    EXPECT_EQ(slotOf(&ComponentFactory_Base::supportedComponents), 1);
+    EXPECT_EQ(slotOf(&ComponentFactory_Base::addComponentCreator), 4);
+    EXPECT_EQ(slotOf(&ComponentFactory_Base::removeComponentCreator), 5);
+    EXPECT_EQ(slotOf(&ComponentFactory_Base::removeAllComponentCreators), 6);
+    EXPECT_EQ(slotOf(&BehindFactoryBase::next), 7);
 }
 
 TEST(ComponentFactoryInterface, isNoComponentByItself)

@@ -1,5 +1,7 @@
 #include "zelm/components/component.h"
 
+#include "tests/support/vtable_slot.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -7,6 +9,8 @@
 
 namespace Zelm {
 namespace {
+
+using Testing::slotOf;
 
 class Plain : public Component_Base {};
 
@@ -16,6 +20,32 @@ public:
     void endLifeCycle() override { running = false; }
     bool running = false;
 };
+
+struct BehindComponent : ComponentInterface {
+    virtual void next() = 0;
+};
+
+class BehindPassive : public LifeCycle::PassiveInterface {
+public:
+    virtual void next() = 0;
+
+protected:
+    ~BehindPassive() = default;
+};
+
+TEST(ComponentInterface, hasItsFunctionsInTheOrderThatLibrariesAreBuiltFor)
+{
+    EXPECT_EQ(slotOf(&ComponentInterface::instanceId), 0);
+    EXPECT_EQ(slotOf(&ComponentInterface::setInstanceId), 1);
+    EXPECT_EQ(slotOf(&BehindComponent::next), 4);
+}
+
+TEST(PassiveInterface, hasItsFunctionsInTheOrderThatLibrariesAreBuiltFor)
+{
+    EXPECT_EQ(slotOf(&LifeCycle::PassiveInterface::startLifeCycle), 0);
+    EXPECT_EQ(slotOf(&LifeCycle::PassiveInterface::endLifeCycle), 1);
+    EXPECT_EQ(slotOf(&BehindPassive::next), 2);
+}
 
 TEST(ComponentBase, startsWithAnEmptyInstanceId)
 {

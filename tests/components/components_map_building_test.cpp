@@ -167,18 +167,79 @@ TEST(MapBuilding, stopsTheScanAtAStdExceptionAndKeepsItsTextAndTheRowsMadeSoFar)
     }
 }
 
+/// Two libraries, of which the scan meets the one that works first.
+class InstalledBefore : public TemporaryInstallation {
+public:
+    explicit InstalledBefore(std::string const& throwingFixture)
+    {
+        add("engines", "libone.so.1");
+        add(throwingFixture, "libtwo.so.1");
+        auto const order = librariesInDirectoryOrder();
+        if (order[0] == "libtwo.so.1") {  // change what they hold, which leaves them at their places
+            auto const one = readFile(library("libone.so.1"));
+            writeFile(library("libone.so.1"), readFile(library("libtwo.so.1")));
+            writeFile(library("libtwo.so.1"), one);
+            setWriteTime(library("libone.so.1"), writeTime);
+            setWriteTime(library("libtwo.so.1"), writeTime);
+        }
+        good = order[0];
+        throwing = order[1];
+    }
+
+    std::string good;
+    std::string throwing;
+    /// What a scan that is stopped in the second one leaves.
+    MapText map(std::string const& error) const
+    {
+        return {{{"Engine", good}, {"Wheel", good}}, {{good, writeTime}, {throwing, writeTime}}, {error}};
+    }
+};
+
+TEST(MapBuilding, keepsTheRowsOfTheLibrariesBeforeTheOneThatThrows)
+{
+    for (auto const& row : throwsCases) {
+        SCOPED_TRACE(row.point);
+        InstalledBefore const installation("throws_in_" + row.point);
+        auto map = installation.map("thrown in " + row.point);
+        if (row.hasComponent)
+            map.components.push_back({"Bomb", installation.throwing});
+
+        expectBuilt(installation, enginesLog + row.log, 2, map, failedToOpen(installation));
+    }
+}
+
+TEST(MapBuilding, dropsOldTypesOnPurposeIfTheScanIsStoppedAndIsTrustedIfThatWasInTheLastLibrary)
+{
+    InstalledBefore const installation("throws_in_start");
+    writeFile(installation.mapFile(), MapText{{{"Oar", "libOld.so.1"}}, {{"libOld.so.1", 1}}}.text());
+    auto const map = installation.map("thrown in start");
+
+    expectBuilt(installation, enginesLog + "throws: factory gone\n", 2, map, "");
+    expectAccepted(installation, map);
+}
+
+TEST(MapBuilding, takesAMissingTextOfAnExceptionForAnEmptyOne)
+{
+    InstalledBefore const installation("throws_without_a_text_in_start");
+
+    expectBuilt(installation, enginesLog + "throws: factory gone\n", 2, installation.map(""),
+                failedToOpen(installation));
+}
+
 TEST(MapBuilding, passesOnWhatIsNoStdExceptionAndWritesNothing)
 {
-    for (char const* fixture : {"throws_a_number_in_factory_function", "throws_a_number_in_start"}) {
-        SCOPED_TRACE(fixture);
+    auto const old = MapText{{{"Oar", "libOld.so.1"}}, {{"libOld.so.1", 1}}}.text();
+    for (auto const& row : throwsCases) {
+        SCOPED_TRACE(row.point);
         TemporaryInstallation installation;
-        installation.add(fixture);
+        installation.add("throws_a_number_in_" + row.point);
 
-        auto const child = installation.run("initializesAMap");
-
-        EXPECT_EQ(child.out.substr(child.out.find("--")), "-- threw the number 42");
-        EXPECT_EQ(child.err, failedToOpen(installation));
+        expectRun(installation.run("initializesAMap"), row.log + "-- threw the number 42", failedToOpen(installation));
         EXPECT_FALSE(fs::exists(installation.mapFile()));
+
+        writeFile(installation.mapFile(), old);
+        expectRun(installation.run("initializesAMap"), row.log + "-- threw the number 42", "");
+        EXPECT_EQ(readFile(installation.mapFile()), old);
     }
 }
 
@@ -399,6 +460,25 @@ TEST(MapFile, mayLieInADirectoryThatDoesntExist)
     expectRun(child, enginesLog + outcome(true, 1, enginesMap),
               "Failed to open: " + directory + "/CMP_ComponentsMap.json\n");
     EXPECT_FALSE(fs::exists(directory));
+}
+
+TEST(MapFile, isNotTakenInAgainUnderALocaleThatGroupsDigits)
+{
+    TemporaryInstallation installation;
+    installation.add("engines");
+    std::string const stamp = "\"SharedObjectTimeStamp\" : 1,700,000,000\n";
+
+    auto const first = installation.run("initializesAMapUnderAGroupingLocale");
+    EXPECT_EQ(first.err, failedToOpen(installation));
+    EXPECT_NE(readFile(installation.mapFile()).find(stamp), std::string::npos);
+
+    auto const second = installation.run("initializesAMapUnderAGroupingLocale");
+    EXPECT_EQ(second.out, first.out);
+    EXPECT_EQ(second.err, rebuilding + "couldn't load Components Map\n");
+    EXPECT_NE(readFile(installation.mapFile()).find(stamp), std::string::npos);
+
+    expectBuilt(installation, enginesLog, 1, enginesMap, rebuilding + "couldn't load Components Map\n");
+    expectAccepted(installation, enginesMap);
 }
 
 }  // namespace

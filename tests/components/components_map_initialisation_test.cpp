@@ -154,6 +154,56 @@ TEST(MapInitialisation, takesAVersionThatIsNoArrayForTheCodesOwnOnPurpose)
     }
 }
 
+TEST(MapInitialisation, readsTheObjectFormOfAVersion)
+{
+    std::string const unreadable = "Provide better error handling please.\n";
+    struct {
+        std::string version;
+        std::string printed;
+        std::string reason;  // empty: the file is accepted
+    } const cases[] = {
+        {R"({"type" : 9, "len" : 3, "base64" : "AQAAAAEAAAAAAAAA"})", "", ""},
+        {R"({"type" : 9, "len" : 3, "base64" : "AgAAAAEAAAAAAAAA"})", "", "version was invalid"},
+        {R"({"type" : 9, "len" : 3, "base64" : "AQAAAAEAAAABAAAA"})", "", "patch was later than code reverting"},
+        {R"({"type" : 9, "len" : 3})", unreadable, ""},
+        {R"({"type" : 9, "len" : 3, "base64" : "AQAAAAEAAAAAAAA"})", unreadable, ""},
+        // What stands before the bad character is taken, the rest stays the code's own.
+        {R"({"type" : 9, "len" : 3, "base64" : "AQAAAAEA!AAAAAAA"})", unreadable, ""},
+        {R"({"type" : 9, "len" : 3, "base64" : "AgAAAAEA!AAAAAAA"})", unreadable, "version was invalid"},
+        {R"({"type" : 9, "len" : 2, "base64" : "AQAAAAEAAAA="})", "", "version was invalid"},
+        {R"({"type" : 9, "len" : 0, "base64" : "AQAAAAEAAAAAAAAA"})", "", "version was invalid"},
+    };
+
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.version);
+        InstalledEngines const installation(withVersion(row.version));
+
+        if (row.reason.empty())
+            expectAccepted(installation, enginesMap, row.printed);
+        else
+            expectBuilt(installation, row.printed + enginesLog, 1, enginesMap, rebuilding + row.reason + "\n");
+    }
+}
+
+TEST(MapInitialisation, keepsTheLow32BitsOfAVersionsNumbersOnPurpose)
+{
+    struct {
+        std::string version;
+        std::vector<int> taken;
+    } const cases[] = {
+        {"[4294967297, 1, 0]", {1, 1, 0}},
+        {"[1, 1, 2147483648]", {1, 1, -2147483647 - 1}},
+    };
+
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.version);
+        MapText map = enginesMap;
+        map.version = row.taken;
+
+        expectAccepted(InstalledEngines(withVersion(row.version)), map);
+    }
+}
+
 TEST(MapInitialisation, buildsAtOnceWhenTheFileCantBeTakenIn)
 {
     std::string const files[] = {
@@ -294,6 +344,23 @@ TEST(MapInitialisation, takesNoNoticeOfFilesThatAreNoCandidates)
     fs::create_directory(installation.library("directory.so.1"));
 
     expectAccepted(installation, enginesMap);
+}
+
+TEST(MapInitialisation, takesNoticeOfHiddenAndUnreadableLibraries)
+{
+    for (char const* name : {".so.1", ".hidden.so.1", "..so.1", "libunreadable.so.1"}) {
+        SCOPED_TRACE(name);
+        InstalledEngines installation;
+        installation.add("not_passive", name);
+        if (name[0] != '.')
+            fs::permissions(installation.library(name), fs::perms::none);
+
+        installation.run("initializesAMap");
+
+        // Whether an unreadable one can be loaded depends on who runs this.
+        EXPECT_NE(readFile(installation.mapFile()).find(std::string("\"SharedObjectName\" : \"") + name + '"'),
+                  std::string::npos);
+    }
 }
 
 TEST(MapInitialisation, readsNothingIntoAMapThatHasLibraryRows)

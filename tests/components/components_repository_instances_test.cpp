@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <stdexcept>
@@ -325,6 +327,107 @@ ZELM_CHILD(endsTwoComponentsAtOnce)
 TEST(RemoveComponent, endsTheComponentOutsideTheLock)
 {
     expectChecksHold("endsTwoComponentsAtOnce");
+}
+
+ZELM_CHILD(endsAComponentThatWaitsForAnotherThreadInARelease)
+{
+    auto const repository = ComponentsRepositoryInterface::getComponentsRepository();
+    auto const last = std::make_shared<Plain>();
+    repository->addComponent(last, "z");
+    bool found = false;
+    repository->addComponent(
+        std::make_shared<Scripted>(Scripted::Action(),
+                                   [&](Scripted&) {
+                                       // For ever, if the release held the lock.
+                                       std::thread([&] { found = repository->findComponent("z") == last; }).join();
+                                   }),
+        "a");
+
+    repository->releaseAllComponents();
+
+    ZELM_CHECK(found);
+    return 0;
+}
+
+TEST(ReleaseAllComponents, endsTheComponentsOutsideTheLock)
+{
+    expectChecksHold("endsAComponentThatWaitsForAnotherThreadInARelease");
+}
+
+/// In its start lets another thread look for the component that is being started. With the lock held until the
+/// component is in the table, that thread always finds it.
+class SoughtInItsStart {
+public:
+    explicit SoughtInItsStart(std::shared_ptr<ComponentsRepositoryInterface> repository)
+        : repository_(std::move(repository)), component_(std::make_shared<Scripted>([this](Scripted&) { seek(); }))
+    {
+    }
+    std::shared_ptr<Scripted> const& component() const { return component_; }
+    bool wasFound()
+    {
+        thread_.join();
+        return found_ == component_;
+    }
+
+private:
+    void seek()
+    {
+        thread_ = std::thread([this] {
+            seeking_ = true;
+            found_ = repository_->findComponent("a");
+        });
+        while (!seeking_)
+            std::this_thread::yield();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));  // a while to come back wrongly
+    }
+
+    std::shared_ptr<ComponentsRepositoryInterface> repository_;
+    std::shared_ptr<Scripted> component_;
+    std::shared_ptr<ComponentInterface> found_;
+    std::atomic<bool> seeking_ = false;
+    std::thread thread_;
+};
+
+ZELM_CHILD(seeksAComponentThatIsBeingAdded)
+{
+    auto const repository = ComponentsRepositoryInterface::getComponentsRepository();
+    SoughtInItsStart sought(repository);
+
+    repository->addComponent(sought.component(), "a");
+
+    ZELM_CHECK(sought.wasFound());
+    return 0;
+}
+
+TEST(AddComponent, startsTheComponentWithTheLockHeld)
+{
+    expectChecksHold("seeksAComponentThatIsBeingAdded");
+}
+
+ZELM_CHILD(seeksAComponentThatIsBeingInstantiated)
+{
+    auto const repository = ComponentsRepositoryInterface::getComponentsRepository();
+    SoughtInItsStart sought(repository);
+    repository->createComponent("Single", {});  // starts the factory
+    auto const factory = repository->findComponent(TemporaryInstallation::libraryName("one_at_a_time") + "->Factory");
+    auto& creators = dynamic_cast<ComponentFactory_Base&>(*factory);
+    creators.removeAllComponentCreators();
+    creators.addComponentCreator("Single", [&](auto const&) { return sought.component(); });
+
+    repository->instantiateComponent("Single", "a", {});
+
+    ZELM_CHECK(sought.wasFound());
+    creators.removeAllComponentCreators();
+    return 0;
+}
+
+TEST(InstantiateComponent, startsTheComponentWithTheLockHeld)
+{
+    auto const child = Installed("one_at_a_time", {"Single"}).run("seeksAComponentThatIsBeingInstantiated");
+
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.err, "");
+    EXPECT_EQ(child.status, 0);
 }
 
 }  // namespace

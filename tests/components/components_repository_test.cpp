@@ -6,6 +6,7 @@
 #include "tests/components/scripted.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_installation.h"
+#include "tests/support/vtable_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +27,21 @@ TEST(RepositoryConstants, holdTheirTexts)
 {
     EXPECT_EQ(factorySuffix, "->Factory");
     EXPECT_EQ(coreFactoryName, "CoreComponentFactory");
+}
+
+struct BehindRepository : ComponentsRepositoryInterface {
+    virtual void next() = 0;
+};
+
+TEST(RepositoryInterface, hasItsFunctionsInTheOrderThatLibrariesAreBuiltFor)
+{
+    EXPECT_EQ(slotOf(&ComponentsRepositoryInterface::releaseAllComponents), 0);
+    EXPECT_EQ(slotOf(&ComponentsRepositoryInterface::addComponent), 1);
+    EXPECT_EQ(slotOf(&ComponentsRepositoryInterface::removeComponent), 2);
+    EXPECT_EQ(slotOf(&ComponentsRepositoryInterface::findComponent), 3);
+    EXPECT_EQ(slotOf(&ComponentsRepositoryInterface::createComponent), 4);
+    EXPECT_EQ(slotOf(&ComponentsRepositoryInterface::instantiateComponent), 5);
+    EXPECT_EQ(slotOf(&BehindRepository::next), 8);
 }
 
 TEST(RepositoryErrors, haveTheirCodesAndTheRepositorysCategory)

@@ -8,6 +8,7 @@
 
 #include <fstream>
 #include <iostream>
+#include <locale>
 #include <set>
 
 namespace Zelm::Testing {
@@ -49,6 +50,18 @@ int printInitialized(ComponentsRepository::Map& map)
 
 ZELM_CHILD(initializesAMap)
 {
+    ComponentsRepository::Map map;
+    return printInitialized(map);
+}
+
+struct GroupsThousands : std::numpunct<char> {
+    std::string do_grouping() const override { return "\3"; }
+    char do_thousands_sep() const override { return ','; }
+};
+
+ZELM_CHILD(initializesAMapUnderAGroupingLocale)
+{
+    std::locale::global(std::locale(std::locale(), new GroupsThousands));
     ComponentsRepository::Map map;
     return printInitialized(map);
 }

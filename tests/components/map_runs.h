@@ -13,6 +13,7 @@ namespace Zelm::Testing {
 
 // The children, by their names:
 //  - initializesAMap;
+//  - initializesAMapUnderAGroupingLocale: the global C++ locale groups digits by thousands;
 //  - initializesAMapWithRows: with a map that holds library rows already; its arguments are names and time stamps;
 //  - buildsOverAnotherMap: with a map that holds nothing as a build leaves it.
 
