@@ -1,0 +1,160 @@
+/// What all queues of the library have in common.
+#include "queues/fixed_depth_message_queue.h"
+#include "queues/message_queue.h"
+#include "tests/messaging/messages.h"
+#include "tests/messaging/threads.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <limits>
+#include <memory>
+
+namespace Zelm::Messaging {
+namespace {
+
+using ::testing::IsEmpty;
+using namespace Testing;
+
+constexpr long withoutLimit = std::numeric_limits<long>::max();
+
+template <class Q> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue()
+{
+    return std::make_shared<Q>(Parts{});
+}
+
+template <> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue<FixedDepthMessageQueue>()
+{
+    return std::make_shared<FixedDepthMessageQueue>(Parts{"3"});
+}
+
+template <class Q> class AnyQueue : public ::testing::Test {
+protected:
+    std::shared_ptr<Msgs::MessageQueueInterface> const queue = makeQueue<Q>();
+};
+
+struct Names {
+    template <class Q> static std::string GetName(int)
+    {
+        return std::is_same_v<Q, MessageQueue> ? "MessageQueue" : "FixedDepthMessageQueue";
+    }
+};
+
+using Queues = ::testing::Types<MessageQueue, FixedDepthMessageQueue>;
+TYPED_TEST_SUITE(AnyQueue, Queues, Names);
+
+TYPED_TEST(AnyQueue, takesAMessage)
+{
+    EXPECT_TRUE(this->queue->putMessage(message(1)));
+}
+
+TYPED_TEST(AnyQueue, refusesAnEmptyPointerWhichWouldEndAPump)
+{
+    EXPECT_FALSE(this->queue->putMessage(nullptr));
+    EXPECT_THAT(takeIds(*this->queue), IsEmpty());
+}
+
+TYPED_TEST(AnyQueue, hasNothingToDeliverAtFirstAndSaysSoWithoutWaiting)
+{
+    EXPECT_EQ(this->queue->getMessage(0), nullptr);
+    EXPECT_EQ(this->queue->getMessage(-1), nullptr);
+    EXPECT_EQ(this->queue->getMessage(std::numeric_limits<long>::min()), nullptr);
+}
+
+TYPED_TEST(AnyQueue, givesAnEmptyPointerWhenTheTimeIsUpAndNotBefore)
+{
+    auto const start = std::chrono::steady_clock::now();
+
+    EXPECT_EQ(this->queue->getMessage(50), nullptr);
+
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+}
+
+TYPED_TEST(AnyQueue, waitsForTheLongestTimesWithoutLosingTheCount)
+{
+    for (long const timeout : {withoutLimit, withoutLimit - 1, withoutLimit / 1000, withoutLimit / 1000000,
+                               withoutLimit / 1000000 / 2 + 1, withoutLimit / 1000000 / 2}) {
+        SCOPED_TRACE(timeout);
+        auto waiting = inAnotherThread([&] { return this->queue->getMessage(timeout); });
+        ASSERT_TRUE(isStillBlocked(waiting));
+
+        auto const stop = message(stopId);
+        this->queue->putMessage(stop);
+
+        EXPECT_EQ(waiting.get(), stop);
+    }
+}
+
+TYPED_TEST(AnyQueue, deliversTheStopMessageThatAPumpWaitsFor)
+{
+    auto pump = inAnotherThread([&] { return this->queue->getMessage(); });
+    ASSERT_TRUE(isStillBlocked(pump));
+    auto const stop = message(stopId);
+
+    EXPECT_TRUE(this->queue->putMessage(stop));
+
+    EXPECT_EQ(pump.get(), stop);
+}
+
+TYPED_TEST(AnyQueue, takesNothingOnceItIsClosed)
+{
+    this->queue->close();
+
+    EXPECT_FALSE(this->queue->putMessage(message(1)));
+    EXPECT_FALSE(this->queue->putMessage(message(stopId)));
+    EXPECT_THAT(takeIds(*this->queue), IsEmpty());
+}
+
+TYPED_TEST(AnyQueue, isStillClosedWhenItIsClosedAgain)
+{
+    this->queue->close();
+    this->queue->close();
+
+    EXPECT_FALSE(this->queue->putMessage(message(1)));
+}
+
+TYPED_TEST(AnyQueue, waitsNoLongerOnceItIsClosed)
+{
+    this->queue->close();
+
+    EXPECT_EQ(this->queue->getMessage(), nullptr);
+    EXPECT_EQ(this->queue->getMessage(withoutLimit), nullptr);
+    EXPECT_EQ(this->queue->getMessage(withoutLimit - 1), nullptr);
+}
+
+TYPED_TEST(AnyQueue, letsAllWaitingThreadsGoWhenItIsClosed)
+{
+    auto first = inAnotherThread([&] { return this->queue->getMessage(); });
+    auto second = inAnotherThread([&] { return this->queue->getMessage(withoutLimit - 1); });
+    ASSERT_TRUE(isStillBlocked(first));
+    ASSERT_TRUE(isStillBlocked(second));
+
+    this->queue->close();
+
+    EXPECT_EQ(first.get(), nullptr);
+    EXPECT_EQ(second.get(), nullptr);
+}
+
+TYPED_TEST(AnyQueue, emptiesTheListOfWhoeverTakesAllThoughItHasNothing)
+{
+    std::list<MessagePtr> messages{message(7)};
+
+    this->queue->takeAllAvailableMessages(messages);
+
+    EXPECT_THAT(messages, IsEmpty());
+}
+
+TYPED_TEST(AnyQueue, isFoundByItsInterfaceFromTheComponentItIs)
+{
+    auto const component = std::dynamic_pointer_cast<ComponentInterface>(this->queue);
+    ASSERT_TRUE(component);
+
+    component->setInstanceId("q");
+
+    EXPECT_EQ(component->instanceId(), "q");
+    EXPECT_EQ(std::dynamic_pointer_cast<Msgs::MessageQueueInterface>(component), this->queue);
+}
+
+}  // namespace
+}  // namespace Zelm::Messaging
