@@ -1,5 +1,6 @@
 /// @file
 /// The factory of libZelmMessaging.
+#include "queues/callback_message_queue.h"
 #include "queues/fixed_depth_message_queue.h"
 #include "queues/message_queue.h"
 
@@ -28,6 +29,7 @@ public:
         using Names = Msgs::MessageDispatcherInterface;
         addComponentCreator(Names::QueueType, create<MessageQueue>);
         addComponentCreator(Names::FixedDepthQueueType, create<FixedDepthMessageQueue>);
+        addComponentCreator(Names::CallbackQueueType, create<CallbackMessageQueue>);
     }
 
     void endLifeCycle() override { removeAllComponentCreators(); }

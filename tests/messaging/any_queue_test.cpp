@@ -1,4 +1,5 @@
 /// What all queues of the library have in common.
+#include "queues/callback_message_queue.h"
 #include "queues/fixed_depth_message_queue.h"
 #include "queues/message_queue.h"
 #include "tests/messaging/messages.h"
@@ -29,6 +30,13 @@ template <> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue<FixedDepthMes
     return std::make_shared<FixedDepthMessageQueue>(Parts{"3"});
 }
 
+template <> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue<CallbackMessageQueue>()
+{
+    auto const queue = std::make_shared<CallbackMessageQueue>(Parts{});
+    queue->setCallback([](MessagePtr const&) {});
+    return queue;
+}
+
 template <class Q> class AnyQueue : public ::testing::Test {
 protected:
     std::shared_ptr<Msgs::MessageQueueInterface> const queue = makeQueue<Q>();
@@ -37,11 +45,13 @@ protected:
 struct Names {
     template <class Q> static std::string GetName(int)
     {
-        return std::is_same_v<Q, MessageQueue> ? "MessageQueue" : "FixedDepthMessageQueue";
+        if (std::is_same_v<Q, MessageQueue>)
+            return "MessageQueue";
+        return std::is_same_v<Q, FixedDepthMessageQueue> ? "FixedDepthMessageQueue" : "CallbackMessageQueue";
     }
 };
 
-using Queues = ::testing::Types<MessageQueue, FixedDepthMessageQueue>;
+using Queues = ::testing::Types<MessageQueue, FixedDepthMessageQueue, CallbackMessageQueue>;
 TYPED_TEST_SUITE(AnyQueue, Queues, Names);
 
 TYPED_TEST(AnyQueue, takesAMessage)

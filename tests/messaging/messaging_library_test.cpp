@@ -4,6 +4,7 @@
 
 #include "zelm/components/components_repository.h"
 #include "zelm/core/exceptions.h"
+#include "zelm/messaging/callback_queue.h"
 #include "zelm/messaging/fixed_depth_queue.h"
 #include "zelm/msgs/dispatcher.h"
 
@@ -60,9 +61,10 @@ TEST(MessagingLibrary, givesItsFileTheNameThatTheScanTakes)
 
 TEST(MessagingLibrary, makesQueuesByTheNamesOfTheirTypes)
 {
-    auto const child = Installed().run("writesTheTypesOfTheMap", {MessageDispatcherInterface::QueueType});
+    auto const child = Installed().run("writesTheTypesOfTheMap", {MessageDispatcherInterface::QueueType,
+                                                                  MessageDispatcherInterface::CallbackQueueType});
 
-    EXPECT_EQ(child.out, "MessageQueue: a queue\n");
+    EXPECT_EQ(child.out, "MessageQueue: a queue\nCallbackMessageQueue: a queue\n");
     EXPECT_EQ(child.status, 0) << child.err;
 }
 
@@ -82,6 +84,23 @@ TEST(MessagingLibrary, letsItsUserAskAFixedDepthQueueForWhatItDropped)
     auto const child = Installed().run("fillsAFixedDepthQueue");
 
     EXPECT_EQ(child.out, "2 deep, 3 dropped, first 4");
+    EXPECT_EQ(child.status, 0) << child.err;
+}
+
+ZELM_CHILD(setsACallback)
+{
+    auto const component = create<ComponentInterface>(MessageDispatcherInterface::CallbackQueueType);
+    std::dynamic_pointer_cast<CallbackQueueInterface>(component)->setCallback(
+        [](MessagePtr const& each) { std::cout << "got " << each->id().value(); });
+    std::dynamic_pointer_cast<Msgs::MessageQueueInterface>(component)->putMessage(message(7));
+    return 0;
+}
+
+TEST(MessagingLibrary, letsItsUserSetTheCallbackOfACallbackQueue)
+{
+    auto const child = Installed().run("setsACallback");
+
+    EXPECT_EQ(child.out, "got 7");
     EXPECT_EQ(child.status, 0) << child.err;
 }
 

@@ -1,4 +1,5 @@
 /// Pumps on the queues of this library.
+#include "queues/callback_message_queue.h"
 #include "queues/fixed_depth_message_queue.h"
 #include "queues/message_queue.h"
 #include "tests/messaging/messages.h"
@@ -85,6 +86,23 @@ TEST(PumpOnAFixedDepthQueue, canBeStoppedWhileMessagesPushEachOtherOut)
     finished = true;
     for (auto& producer : producers)
         producer.join();
+}
+
+TEST(PumpOnACallbackQueue, hasNothingToDoButCanBeStopped)
+{
+    auto const queue = std::make_shared<CallbackMessageQueue>(Parts{});
+    std::atomic<int> calledBack{0};
+    queue->setCallback([&](MessagePtr const&) { ++calledBack; });
+    int handled = 0;
+    MessagePump pump(queue, std::make_shared<RecordingDispatcher>(),
+                     everythingTo([&](MessagePtr const&) { ++handled; }));
+    ASSERT_TRUE(pump.start());
+    queue->putMessage(message(1));
+
+    pump.stop();
+
+    EXPECT_EQ(handled, 0);
+    EXPECT_EQ(calledBack, 1);
 }
 
 }  // namespace
