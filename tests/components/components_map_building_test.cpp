@@ -403,6 +403,25 @@ TEST(MapBuilding, keepsACleanRowForATypeWhoseLibraryCantBeLoadedAnyMore)
     expectBuilt(installation, "", 0, map, "");
 }
 
+// As an interrupted copy leaves it: the dynamic loader would map such a file, and the process end by a bus error.
+TEST(MapBuilding, doesNotLoadALibraryWhoseEndIsMissing)
+{
+    auto const whole = readFile(InstalledEngines().library(engines));
+    std::size_t const sizes[] = {8192, 4096, 100, 64, 63, 1};  // all short of the code's end
+
+    for (auto const size : sizes) {
+        SCOPED_TRACE(size);
+        InstalledEngines const installation;
+        auto const path = installation.library(engines);
+        writeFile(path, whole.substr(0, size));
+        setWriteTime(path, writeTime + 1);
+        MapText const map{enginesMap.components,
+                          {{engines, writeTime + 1, "Error loading: " + path + " -> " + path + ": file too short"}}};
+
+        expectBuilt(installation, "", 0, map, "");
+    }
+}
+
 TEST(MapBuilding, startsFromTheCodesVersionAndWithoutRowsOrErrors)
 {
     InstalledEngines const installation("garbage");

@@ -1,6 +1,7 @@
 #include "zelm/components/component_factory.h"
 #include "zelm/components/components_map.h"
 #include "zelm/components/private/factory_function.h"
+#include "zelm/components/private/library_file.h"
 #include "zelm/core/exceptions.h"
 #include "zelm/core/files.h"
 #include "zelm/core/install_paths.h"
@@ -157,16 +158,27 @@ void recordType(Map& map, std::string const& type, std::string const& libraryNam
                         ", since component already has a factory: " + taken->factoryName());
 }
 
+Map::LibInfo& recordLibrary(Map& map, FileInfo const& file)
+{
+    return map.sharedLibraries.edit().emplace_back(fileNameOf(file), toTimeStamp(file.lastWriteTime));
+}
+
+void recordFailure(Map& map, FileInfo const& file, std::string const& reason)
+{
+    recordLibrary(map, file).error.assign("Error loading: " + file.path + " -> " + reason);
+}
+
 /// Loads one library and records it, with the types that its factory supports.
 void scanLibrary(Map& map, FileInfo const& file)
 {
+    // The loader would end the process here, while it says the same of a file that ends within its header.
+    if (Private::isCutOff(file.path))
+        return recordFailure(map, file, file.path + ": file too short");
+
     SharedLibraryLoader const library(file.path.c_str(), 0);
-    auto const name = fileNameOf(file);
-    auto& row = map.sharedLibraries.edit().emplace_back(name, toTimeStamp(file.lastWriteTime));
-    if (!library.isLoaded()) {
-        row.error.assign("Error loading: " + file.path + " -> " + library.errorString());
-        return;
-    }
+    if (!library.isLoaded())
+        return recordFailure(map, file, library.errorString());
+    auto const name = recordLibrary(map, file).sharedObjectName();
 
     auto const makeFactory = Private::factoryFunctionOf(library);
     if (!makeFactory)

@@ -1,0 +1,51 @@
+#include "zelm/components/private/library_file.h"
+
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <vector>
+
+#include <elf.h>
+
+namespace Zelm::Private {
+
+namespace {
+
+template <class T> bool readAt(std::ifstream& file, std::uint64_t offset, T* out, std::size_t count)
+{
+    file.seekg(static_cast<std::streamoff>(offset));
+    file.read(reinterpret_cast<char*>(out), static_cast<std::streamsize>(count * sizeof(T)));
+    return file.good();
+}
+
+bool isNativeElf(Elf64_Ehdr const& header)
+{
+    return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 && header.e_ident[EI_CLASS] == ELFCLASS64 &&
+           header.e_ident[EI_DATA] == ELFDATA2LSB && header.e_phentsize == sizeof(Elf64_Phdr);
+}
+
+}  // namespace
+
+bool isCutOff(std::string const& path)
+{
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    auto const end = file.tellg();
+    if (end < 0)
+        return false;
+    auto const size = static_cast<std::uint64_t>(end);
+
+    Elf64_Ehdr header;
+    if (!readAt(file, 0, &header, 1) || !isNativeElf(header))
+        return false;
+    std::vector<Elf64_Phdr> segments(header.e_phnum);
+    if (!readAt(file, header.e_phoff, segments.data(), segments.size()))
+        return true;
+    for (auto const& segment : segments) {
+        bool const fits = segment.p_filesz <= size && segment.p_offset <= size - segment.p_filesz;
+        if (segment.p_type == PT_LOAD && !fits)
+            return true;
+    }
+    return false;
+}
+
+}  // namespace Zelm::Private
