@@ -90,6 +90,32 @@ TEST(TrivialValue, readsAndWritesLikeTheValueItself)
     EXPECT_EQ(value, 5);
 }
 
+TEST(TrivialValue, comparesWithPlainValuesOnEitherSide)
+{
+    Trivial_T<std::string> text("a");
+    Trivial_T<std::string> const& constText = text;
+    Trivial_T<long> count(1);
+    Trivial_T<long> const& constCount = count;
+
+    EXPECT_TRUE(text == "a");
+    EXPECT_TRUE("a" == constText);
+    EXPECT_TRUE(constText == std::string("a"));
+    EXPECT_TRUE(std::string("a") == text);
+    EXPECT_TRUE(text == std::string_view("a"));
+    EXPECT_FALSE(text == "b");
+    EXPECT_FALSE(std::string("a\0", 2) == constText);
+    EXPECT_TRUE(text != "b");
+    EXPECT_TRUE(std::string("b") != constText);
+    EXPECT_FALSE(text != "a");
+    EXPECT_FALSE(std::string("a") != text);
+
+    EXPECT_TRUE(count == 1);
+    EXPECT_TRUE(1L == constCount);
+    EXPECT_TRUE(constCount != 2);
+    EXPECT_TRUE(Trivial_T<double>(0.5) == 0.5);
+    EXPECT_TRUE(true != Trivial_T<bool>(false));
+}
+
 TEST(TrivialValue, comparesLikeTheValueItself)
 {
     EXPECT_TRUE(Trivial_T<long>(3) == Trivial_T<long>(3));

@@ -18,7 +18,8 @@
 /// floor. Any other pair of kinds refuses to convert and is unequal.
 ///
 /// References into an element (from operator[], a member, a cast) stay valid until that element is assigned, re-typed
-/// or destroyed; inserting beside it, or at either end of an Array, leaves them valid.
+/// or destroyed. Inserting another member into an Object, or another element at either end of an Array, leaves them
+/// valid.
 ///
 /// Thread-safety: as standard containers have it. Concurrent const use is fine; any non-const access, operator[] and
 /// the re-typing casts included, is a write.
@@ -63,9 +64,17 @@ enum class ElementType : std::uint16_t {
 /// The enumerator's own word, or "Unknown" for a value that is no enumerator.
 ZELM_EXPORT char const* ToString(ElementType type);
 
+/// Holds for literals, string views and the like. Look-ups by name have a second overload for these, so that no
+/// std::string is made of them; whatever converts to a std::string only takes the first one.
+template <class Text> using IfViewable = std::enable_if_t<std::is_convertible_v<Text const&, std::string_view>>;
+
 /// A plain holder of one value: the kinds Number (double), Integer (long), Boolean (bool) and String (std::string).
 /// Converts to the value, so that it reads like one.
 template <class T> class Trivial_T {
+    template <class Text>
+    using IfComparable =
+        std::enable_if_t<std::is_same_v<T, std::string> && std::is_convertible_v<Text const&, std::string_view>>;
+
 public:
     Trivial_T() : value_() {}
     explicit Trivial_T(T const& value) : value_(value) {}
@@ -89,6 +98,25 @@ public:
     /// included.
     bool operator==(Trivial_T const& other) const { return value_ == other.value_; }
     bool operator!=(Trivial_T const& other) const { return !(*this == other); }
+
+    /// A string compares with literals, string views and the like as std::string does. The other kinds need no such
+    /// operators: they convert, and the language compares numbers.
+    template <class Text, class = IfComparable<Text>> friend bool operator==(Trivial_T const& value, Text const& text)
+    {
+        return std::string_view(value.value_) == std::string_view(text);
+    }
+    template <class Text, class = IfComparable<Text>> friend bool operator==(Text const& text, Trivial_T const& value)
+    {
+        return value == text;
+    }
+    template <class Text, class = IfComparable<Text>> friend bool operator!=(Trivial_T const& value, Text const& text)
+    {
+        return !(value == text);
+    }
+    template <class Text, class = IfComparable<Text>> friend bool operator!=(Text const& text, Trivial_T const& value)
+    {
+        return !(value == text);
+    }
 
 private:
     T value_;
@@ -137,10 +165,6 @@ template <class T>
 using IfHeld = std::enable_if_t<std::is_same_v<T, Trivial_T<double>> || std::is_same_v<T, Trivial_T<long>> ||
                                 std::is_same_v<T, Trivial_T<bool>> || std::is_same_v<T, Trivial_T<std::string>> ||
                                 std::is_same_v<T, Object> || std::is_same_v<T, Array> || std::is_same_v<T, Null>>;
-
-/// Holds for literals, string views and the like. Look-ups by name have a second overload for these, so that no
-/// std::string is made of them; whatever converts to a std::string only takes the first one.
-template <class Text> using IfViewable = std::enable_if_t<std::is_convertible_v<Text const&, std::string_view>>;
 
 /// Is shown the value of an element that it is passed to; see Element::Accept.
 class ZELM_EXPORT ConstVisitor {
