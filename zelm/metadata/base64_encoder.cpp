@@ -1,8 +1,8 @@
 #include "zelm/core/base64.h"
+#include "zelm/metadata/private/print_line.h"
 #include "zelm/metadata/reflector.h"
 
 #include <cstddef>
-#include <iostream>
 
 namespace Zelm::MetaData {
 
@@ -114,7 +114,7 @@ template <class T> void Base64Encoder<T>::encode(std::vector<T> const& values)
 template <class T> void Base64Encoder<T>::decode(std::vector<T>& values) const
 {
     if (type_() != Private::typeCode<T>) {
-        std::cout << "Exception MetaData::ReflectorArray wrong encoded type" << std::endl;
+        Private::printLine("Exception MetaData::ReflectorArray wrong encoded type");
         return;
     }
     if (len_() == 0) {

@@ -1,7 +1,8 @@
 #include "zelm/metadata/mirrored_object.h"
 
+#include "zelm/metadata/private/print_line.h"
+
 #include <cstddef>
-#include <iostream>
 
 namespace Zelm::MetaData {
 
@@ -42,7 +43,7 @@ void MirroredObject::copyFromMetaData(Element const& source)
             member->copyFromMetaData(source);
         } catch (...) {
             // On purpose: one bad member must not keep the others from being read, and callers rely on no exception.
-            std::cout << "Provide better error handling please." << std::endl;
+            Private::printLine("Provide better error handling please.");
         }
     }
 }

@@ -1,6 +1,6 @@
 #include "zelm/metadata/reflector.h"
 
-#include <iostream>
+#include "zelm/metadata/private/print_line.h"
 
 namespace Zelm::MetaData {
 
@@ -23,14 +23,14 @@ namespace Private {
 
 // No exceptions, and "MetaDat": on purpose, for those who look for these lines.
 
-void reportNoArray()
+void reportNoArray() noexcept
 {
-    std::cout << "Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't" << std::endl;
+    printLine("Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't");
 }
 
-void reportCorruptArray(std::string const& name)
+void reportCorruptArray(std::string const& name) noexcept
 {
-    std::cout << "Exception MetaDat::ReflectorArray MetaData Array corrupt for " << name << std::endl;
+    printLine("Exception MetaDat::ReflectorArray MetaData Array corrupt for ", name);
 }
 
 }  // namespace Private

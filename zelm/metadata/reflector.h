@@ -71,9 +71,9 @@ template <> inline constexpr unsigned int typeCode<bool> = 1;
 template <> inline constexpr unsigned int typeCode<std::complex<bool>> = 2;
 template <> inline constexpr unsigned int typeCode<int> = 9;
 
-/// The lines on standard output for arrays that can't be read.
-ZELM_EXPORT void reportNoArray();
-ZELM_EXPORT void reportCorruptArray(std::string const& name);
+/// The lines on standard output for arrays that can't be read. Standard output that fails is no reason to throw.
+ZELM_EXPORT void reportNoArray() noexcept;
+ZELM_EXPORT void reportCorruptArray(std::string const& name) noexcept;
 
 }  // namespace Private
 
