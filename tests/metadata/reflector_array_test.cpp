@@ -311,6 +311,20 @@ TEST(ReflectorArray, takesAListOfOneOrNoElementForElementsAndNotForAFlag)
     EXPECT_EQ(text(), std::vector<std::string>{"a"});
 }
 
+template <class R, class = void> constexpr bool takesAFlagInBraces = false;
+template <class R>
+constexpr bool takesAFlagInBraces<R, std::void_t<decltype(R(nullptr, std::string(), {false}))>> = true;
+
+// Numbers would take it for a 0. To bools it is the element that it looks like.
+static_assert(!takesAFlagInBraces<ReflectorArray<int>> && !takesAFlagInBraces<ReflectorArray<double>>);
+static_assert(takesAFlagInBraces<ReflectorArray<bool>>);
+
+template <class R, class Flag>
+constexpr bool takesFlag = std::is_constructible_v<R, MirroredObject*, std::string, Flag>;
+static_assert(takesFlag<Ints, bool> && takesFlag<Ints, bool const&>);
+static_assert(!takesFlag<Ints, int> && !takesFlag<Ints, std::true_type> && !takesFlag<Ints, void*> &&
+              !takesFlag<Ints, std::vector<bool>::reference>);
+
 TEST(ReflectorArray, takesPlainElements)
 {
     Ints ints(nullptr, "ints", false);

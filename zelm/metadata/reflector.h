@@ -199,19 +199,27 @@ private:
 
 /// The reflector for a field of any number of values.
 template <class T> class ZELM_EXPORT ReflectorArray : public ReflectorBase {
+    static constexpr bool isNumber = std::is_arithmetic_v<T> && !std::is_same_v<T, bool>;
+
 public:
     /// A required field with these elements. One of int is written in the object form from now on.
     ReflectorArray(MirroredObject* parent, std::string const& name, std::vector<T> const& initial)
         : ReflectorBase(parent, name, true), values_(initial), encoded_(hasObjectForm)
     {
+        checkElementClass();
     }
     /// A field without elements, written as a plain array. A required one counts as having a value, the empty array.
-    /// The flag has to be a bool, so that {1} and {"a"} are taken for elements and not for the flag.
+    /// The flag has to be exactly a bool, so that {1} and {"a"} are taken for elements and not for the flag. Anything
+    /// that would have to convert is refused: 0 and 1, pointers, std::true_type, an entry of a std::vector<bool>.
     template <class Bool, class = std::enable_if_t<std::is_same_v<Bool, bool>>>
     ReflectorArray(MirroredObject* parent, std::string const& name, Bool required)
         : ReflectorBase(parent, name, required)
     {
+        checkElementClass();
     }
+    /// A flag in braces is refused for elements that are numbers: {false} would be one element, 0.
+    template <class Bool, class = std::enable_if_t<std::is_same_v<Bool, bool> && isNumber>>
+    ReflectorArray(MirroredObject* parent, std::string const& name, Bool const (&flagInBraces)[1]) = delete;
 
     /// Whether the object form is written. Of effect for int only.
     void setEncoded(bool encoded) { encoded_ = encoded; }
@@ -276,6 +284,13 @@ public:
 private:
     static constexpr bool hasObjectForm = std::is_same_v<T, int>;
 
+    /// Called by the constructors, where T is complete also if it has this field itself, and which come before all
+    /// else.
+    static void checkElementClass()
+    {
+        static_assert(!Private::isSerialisable<T> || std::is_copy_constructible_v<T>,
+                      "an element of a ReflectorArray needs a copy constructor: see the top of mirrored_object.h");
+    }
     void takeCopyOf(std::vector<T> const& values);
     static void appendFrom(Element const& element, std::vector<T>& values);
 
