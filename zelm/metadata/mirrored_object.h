@@ -14,8 +14,9 @@
 ///     settings.copyToMetaData(element);    // {"host":"localhost"}
 ///     settings.copyFromMetaData(received);  // forgiving: never throws
 ///
-/// Reading is forgiving. A field that is missing in the source or can't be read falls back to its type's default,
-/// without a word; "required" promises that the field is written, and says nothing about input. Code that must refuse
+/// Reading is forgiving. A field of a single value that is missing in the source or can't be read falls back to its
+/// type's default, without a word; an array becomes empty if it is missing, and keeps its elements and prints a line if
+/// it can't be read. "Required" promises that the field is written, and says nothing about input. Code that must refuse
 /// bad input looks at the fields afterwards.
 ///
 /// An object reads and writes only its own keys of an Element that it doesn't own. Other keys stay as they are.

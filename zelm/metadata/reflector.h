@@ -14,7 +14,8 @@
 ///     person.age.reset();
 ///
 /// Any type that GetAs and SetAs know (typed_conversions.h) can be held, and any class derived from
-/// PartiallySerializableInterface, mirrored objects included. Such a class needs a default constructor and operator=.
+/// PartiallySerializableInterface, mirrored objects included. Such a class needs a default constructor and operator=,
+/// and a copy or move constructor for a field that is declared with a value.
 ///
 /// A ReflectorArray holds a sequence of the same types; there a class needs a default constructor and a copy
 /// constructor. Its form in the tree is an Array. One of int has a second form, an Object with the raw bytes in Base64
@@ -187,8 +188,9 @@ public:
     /// of them, it is rounded down, and the elements aren't read: old ones stay, new ones are 0. For the other two,
     /// "len" is the number of elements, and those that the text doesn't reach are false.
     ///
-    /// Throws Zelm::Exception::InvalidOperation if there is no "base64", and what decodeSize and decodeBase64 throw. A
-    /// bad character leaves a vector of int resized and partly filled; otherwise the vector is as it was.
+    /// Throws Zelm::Exception::InvalidOperation if there is no "base64", and what decodeSize and decodeBase64 throw.
+    /// For the other two a huge "len" throws std::length_error or std::bad_alloc, and -1 is the hugest of all. A bad
+    /// character leaves a vector of int resized and partly filled; otherwise the vector is as it was.
     void decode(std::vector<T>& values) const;
 
 private:
