@@ -10,6 +10,7 @@
 #include <complex>
 #include <limits>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -260,6 +261,18 @@ TYPED_TEST(Base64EncoderOfBits, leavesTheVectorAsItWasIfTheTextHasABadCharacter)
 
     EXPECT_THAT([&] { encoder.decode(values); },
                 throwsText<Zelm::Exception::InvalidParameter>("Invalid Parameter: invalid char in base64 string: '*'"));
+
+    EXPECT_EQ(values, before);
+}
+
+TYPED_TEST(Base64EncoderOfBits, throwsForALengthThatNoVectorCanHaveAndLeavesTheVectorAsItWas)
+{
+    std::vector<TypeParam> values(2, Bits<TypeParam>::element(true, false));
+    auto const before = values;
+    Base64Encoder<TypeParam> encoder;
+    encoder.copyFromMetaData(form(Bits<TypeParam>::type, -1, textOf({0xFF})));
+
+    EXPECT_THROW(encoder.decode(values), std::length_error);
 
     EXPECT_EQ(values, before);
 }

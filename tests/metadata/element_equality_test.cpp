@@ -211,5 +211,20 @@ TEST(ElementEquality, usesTheSameRulesAtEachLevel)
     EXPECT_TRUE(Object::Member("a", number(3.5)) == Object::Member("a", integer(3)));
 }
 
+TEST(ElementEquality, isDeniedByTheInequalityOfObjectsAndOfArrays)
+{
+    Object one, other;
+    one["a"] = integer(1);
+    other["a"] = integer(2);
+    EXPECT_TRUE(one != other);
+    EXPECT_FALSE(one != Object(one));
+
+    Array first, second;
+    first.insert(integer(1));
+    second.insert(integer(2));
+    EXPECT_TRUE(first != second);
+    EXPECT_FALSE(first != Array(first));
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

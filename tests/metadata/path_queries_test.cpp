@@ -298,7 +298,7 @@ TEST(FindSubElementsHelper, leavesTheElementItselfOutOnlyIfToldSo)
     EXPECT_EQ(findSubElementsHelper(integer(1), {}, false, false, true), (Paths{{}}));
 }
 
-// ------------------------------------------------------------------------------ against the search as it is described
+// -------------------------------------------------------------------------- against the search as its order is defined
 
 /// The search as its order is defined: a call puts its own place into the list, then all that it gets from each child,
 /// one after the other, to the front of the list.

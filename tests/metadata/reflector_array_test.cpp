@@ -182,7 +182,7 @@ TYPED_TEST(AnyReflectorArray, writesNothingWithoutAValue)
         EXPECT_PRED2(identical, written(reflector, before), before);
 }
 
-TYPED_TEST(AnyReflectorArray, losesItsElementsIfItsKeyIsMissing)
+TYPED_TEST(AnyReflectorArray, losesItsElementsAndTheirMemoryIfItsKeyIsMissing)
 {
     ReflectorArray<TypeParam> optional(nullptr, "key", false), required(nullptr, "key", true);
     optional = Example<TypeParam>::values();
@@ -195,8 +195,10 @@ TYPED_TEST(AnyReflectorArray, losesItsElementsIfItsKeyIsMissing)
 
     EXPECT_FALSE(optional.initialized());
     EXPECT_TRUE(optional.edit().empty());
+    EXPECT_EQ(optional.edit().capacity(), 0u);
     EXPECT_TRUE(required.isRequired());
     EXPECT_TRUE(required().empty());
+    EXPECT_EQ(required().capacity(), 0u);
     EXPECT_PRED2(identical, written(required), object({{"key", array({})}}));
     EXPECT_EQ(printed, "");
 }
@@ -235,12 +237,19 @@ TYPED_TEST(AnyReflectorArray, keepsItsElementsOnPurposeIfTheArrayIsCorrupt)
 {
     for (Element const& bad : Example<TypeParam>::corrupt()) {
         ReflectorArray<TypeParam> set(nullptr, "set", Example<TypeParam>::values());
+        ReflectorArray<TypeParam> optional(nullptr, "optional", false);
+        optional = Example<TypeParam>::values();
         ReflectorArray<TypeParam> notSet(nullptr, "unset", false);
 
         EXPECT_EQ(printedBy([&] { set.copyFromMetaData(object({{"set", bad}})); }), corrupt("set"));
+        EXPECT_EQ(printedBy([&] { optional.copyFromMetaData(object({{"optional", bad}})); }), corrupt("optional"));
         EXPECT_EQ(printedBy([&] { notSet.copyFromMetaData(object({{"unset", bad}})); }), corrupt("unset"));
 
         EXPECT_TRUE(set() == Example<TypeParam>::values());
+        EXPECT_TRUE(set.isRequired());
+        EXPECT_TRUE(optional.initialized());
+        EXPECT_FALSE(optional.isRequired());
+        EXPECT_TRUE(optional() == Example<TypeParam>::values());
         EXPECT_FALSE(notSet.initialized());
         EXPECT_TRUE(notSet.edit().empty());
     }
@@ -252,12 +261,17 @@ TYPED_TEST(AnyReflectorArray, keepsItsElementsIfItGetsSomethingElseThanAnArray)
     for (Element const& other : {string("x"), object({{"a", integer(1)}}), integer(1), Element()}) {
         ReflectorArray<TypeParam> reflector(nullptr, "key", false);
         reflector = Example<TypeParam>::values();
+        ReflectorArray<TypeParam> notSet(nullptr, "key", false);
 
-        std::string const printed = printedBy([&] { reflector.copyFromMetaData(object({{"key", other}})); });
+        for (auto* read : {&reflector, &notSet}) {
+            std::string const printed = printedBy([&] { read->copyFromMetaData(object({{"key", other}})); });
+            EXPECT_EQ(printed, hasObjectForm ? wrongType : noArray);
+        }
 
-        EXPECT_EQ(printed, hasObjectForm ? wrongType : noArray);
         EXPECT_TRUE(reflector() == Example<TypeParam>::values());
         EXPECT_FALSE(reflector.isRequired());
+        EXPECT_FALSE(notSet.initialized());
+        EXPECT_TRUE(notSet.edit().empty());
     }
 }
 

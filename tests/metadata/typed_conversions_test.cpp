@@ -263,6 +263,40 @@ TYPED_TEST(ComplexConversion, readsEachPartAsAScalarOfItsType)
     EXPECT_EQ(GetAs<Complex>(array({integer(1), integer(2), string("ignored")})), Complex(TypeParam(1), TypeParam(2)));
 }
 
+/// Reads in both forms what stands there and writes it again in all four.
+template <class T> void expectParts(Element const& source, std::complex<T> value, Element const& written)
+{
+    EXPECT_EQ(GetAs<std::complex<T>>(source), value);
+    std::complex<T> out;
+    GetAs<std::complex<T>>(source, out);
+    EXPECT_EQ(out, value);
+
+    EXPECT_PRED2(identical, SetAs<std::complex<T>>(value), written);
+    Element into;
+    SetAs<std::complex<T>>(value, into);
+    EXPECT_PRED2(identical, into, written);
+    EXPECT_PRED2(identical, Element(storeComplex<T>(value)), written);
+    Array stored;
+    storeComplex<T>(value, stored);
+    EXPECT_PRED2(identical, Element(stored), written);
+}
+
+TEST(ComplexConversionParts, keepAllThatTheirTypeCanHoldAndNoMore)
+{
+    long const beyondDouble = (1l << 53) + 1;
+    Element const longs = array({integer(beyondDouble), integer(-beyondDouble)});
+    Element const tenths = array({number(0.1), number(-0.1)});
+
+    expectParts<long>(longs, {beyondDouble, -beyondDouble}, longs);
+    expectParts<int>(longs, {1, -1}, array({integer(1), integer(-1)}));
+    expectParts<int>(array({integer(40000), integer(-40000)}), {40000, -40000},
+                     array({integer(40000), integer(-40000)}));
+    expectParts<short>(array({integer(40000), integer(-40000)}), {-25536, 25536},
+                       array({integer(-25536), integer(25536)}));
+    expectParts<double>(tenths, {0.1, -0.1}, tenths);
+    expectParts<float>(tenths, {0.1f, -0.1f}, array({number(double(0.1f)), number(double(-0.1f))}));
+}
+
 TYPED_TEST(ComplexConversion, leavesTheTargetAsItWasWhenAPartCantBeRead)
 {
     using Complex = std::complex<TypeParam>;
@@ -285,6 +319,10 @@ TYPED_TEST(ComplexConversion, leavesTheTargetAsItWasWhenAPartCantBeRead)
              EXPECT_THAT(call, throwsText<Zelm::Exception::InvalidParameter>("Invalid Parameter: Array out of bounds"));
          }},
         {"a wrong real part", array({string("1"), integer(1)}),
+         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("String", partKind))); }},
+        {"a wrong real part comes before the missing imaginary one", array({string("x")}),
+         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("String", partKind))); }},
+        {"a wrong real part comes before a wrong imaginary one", array({string("x"), boolean(true)}),
          [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("String", partKind))); }},
         {"a wrong imaginary part", array({integer(1), boolean(true)}),
          [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("Boolean", partKind))); }},
@@ -338,6 +376,15 @@ TEST(ComplexConversionOfBool, storesTwoBooleans)
     std::complex<bool> out;
     GetAs<std::complex<bool>>(element, out);
     EXPECT_EQ(out, value);
+}
+
+TEST(ComplexConversionOfBool, looksAtTheRealPartFirst)
+{
+    std::complex<bool> out;
+    for (Element const& element : {array({string("x")}), array({string("x"), integer(1)})}) {
+        EXPECT_THAT([&] { GetAs<std::complex<bool>>(element, out); },
+                    throwsText<Exception>(badCast("String", "Boolean")));
+    }
 }
 
 TEST(ComplexConversionOfBool, refusesIntegers)
