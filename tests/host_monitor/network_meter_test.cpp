@@ -51,7 +51,7 @@ TEST(NetworkMeter, takesOverTheCounters)
 
     ASSERT_EQ(reading.interfaces().size(), 2U);
     auto const& lo = reading.interfaces()[0];
-    EXPECT_EQ(lo.interface(), "lo");
+    EXPECT_EQ(lo.interfaceName(), "lo");
     EXPECT_EQ(lo.receivedBytes(), 1);
     EXPECT_EQ(lo.receivedPackets(), 2);
     EXPECT_EQ(lo.receivedErrors(), 3);
@@ -60,7 +60,7 @@ TEST(NetworkMeter, takesOverTheCounters)
     EXPECT_EQ(lo.sentPackets(), 6);
     EXPECT_EQ(lo.sentErrors(), 7);
     EXPECT_EQ(lo.sentDropped(), 8);
-    EXPECT_EQ(reading.interfaces()[1].interface(), "eth0");
+    EXPECT_EQ(reading.interfaces()[1].interfaceName(), "eth0");
     EXPECT_EQ(reading.interfaces()[1].receivedBytes(), 10);
     EXPECT_EQ(reading.interfaces()[1].sentBytes(), 50);
 }

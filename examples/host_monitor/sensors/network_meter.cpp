@@ -22,7 +22,7 @@ std::optional<long> perSecond(std::uint64_t before, std::uint64_t now, long micr
 
 void assignCounters(InterfaceCounters const& now, InterfaceTraffic& traffic)
 {
-    traffic.interface = now.name;
+    traffic.interfaceName = now.name;
     traffic.receivedBytes = toLong(now.received.bytes);
     traffic.receivedPackets = toLong(now.received.packets);
     traffic.receivedErrors = toLong(now.received.errors);

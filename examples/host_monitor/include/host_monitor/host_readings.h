@@ -72,9 +72,7 @@ public:
 /// since the sensor's start; one is missing if the interface wasn't there then, or if its counter went backwards.
 class ZELM_EXPORT InterfaceTraffic : public Zelm::MetaData::MirroredObject {
 public:
-    Field<std::string> interface {
-        this, "interface", std::string()
-    };
+    Field<std::string> interfaceName{this, "interface", std::string()};
     Field<long> receivedBytes{this, "receivedBytes", 0};
     Field<long> receivedPackets{this, "receivedPackets", 0};
     Field<long> receivedErrors{this, "receivedErrors", 0};
