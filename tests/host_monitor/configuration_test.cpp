@@ -46,18 +46,25 @@ TEST(Configuration, isRefusedWithTheReason)
     };
     Row const rows[] = {
         // No JSON object.
-        {"", "the text ends before the closing brace"},
-        {" \n ", "the text ends before the closing brace"},
-        {"{\"components\":[", "the text ends before the closing brace"},
+        {"", "the file is empty"},
+        {" \n ", "line 2: the text ends before the closing brace"},
+        {"{\"components\":\n\n[", "line 3: the text ends before the closing brace"},
+        {"\xEF\xBB\xBF{}", "line 1: Unexpected character in stream: 0xEF (UTF-8 byte order mark)"},
+        {"{\n\xC3\xA4}", "line 2: Unexpected character in stream: 0xC3"},
+        {"{\n\x01}", "line 2: Unexpected character in stream: 0x01"},
+        {"{\"id\" \"a\x1b[m\x7F\"}", "line 1: Unexpected token: a0x1B[m0x7F"},
+        {"{\"\xC3\":1,\"\xC3\":1}", "Invalid Parameter: Object member already exists: 0xC3"},
         {"{\"components\":[{\"id\":\"a", "a string has no closing quotation mark"},
         {"{\n\n  components\n}", "line 3: Unexpected character in stream: c"},
         {"{\"components\":\n[{\"id\" \"a\"}]}", "line 2: Unexpected token: a"},
         {"{\"components\":[{\"id\":\"\\u0041\"}]}", "line 1: Unrecognized escape sequence found in string: \\u"},
-        {"[]", "the text ends before the closing brace"},
+        {"[]", "the configuration must be an object"},
+        {" null", "the configuration must be an object"},
+        {"\"components\" : []", "the configuration must be an object"},
         {"{} {}", "there is text behind the closing brace"},
         {"{\"components\":[],\"components\":[]}", "Invalid Parameter: Object member already exists: components"},
         // No configuration.
-        {"{}", "\"components\" must be an array"},
+        {"{}", "\"components\" is missing"},
         {"{\"components\":{}}", "\"components\" must be an array"},
         {"{\"components\":[]}", "there are no components"},
         {"{\"component\":[]}", "unknown member \"component\" in the configuration"},
@@ -91,9 +98,10 @@ TEST(Configuration, isReadFromAFile)
 
     EXPECT_EQ(readConfiguration(directory / "good").components.size(), 1U);
     EXPECT_THAT([&] { readConfiguration(directory / "bad"); },
-                throwsText<std::runtime_error>(directory / "bad: \"components\" must be an array"));
+                throwsText<std::runtime_error>(directory / "bad: \"components\" is missing"));
     EXPECT_THAT([&] { readConfiguration(directory / "absent"); },
                 throwsText<std::runtime_error>(directory / "absent: No such file or directory"));
+    EXPECT_THAT([&] { readConfiguration(""); }, throwsText<std::runtime_error>("\"\": No such file or directory"));
     EXPECT_THAT([&] { readConfiguration(directory.path()); },
                 throwsText<std::runtime_error>(directory.path() + ": Is a directory"));
 }

@@ -44,8 +44,36 @@ void refuseTextBehind(std::istream& stream)
         fail("there is text behind the closing brace");
 }
 
+/// The reader's words, in which every byte that could do harm on a terminal, or that it wouldn't show, is a number.
+std::string printable(std::string const& text)
+{
+    constexpr char const* digits = "0123456789ABCDEF";
+    std::string result;
+    for (char const character : text) {
+        auto const byte = static_cast<unsigned char>(character);
+        if (byte >= 0x20 && byte < 0x7F)
+            result += character;
+        else
+            result += {'0', 'x', digits[byte / 16], digits[byte % 16]};
+    }
+    return result;
+}
+
+/// What the reader would put less clearly.
+void refuseWhatIsNoObject(std::string const& text)
+{
+    if (text.empty())
+        fail("the file is empty");
+    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0)
+        fail("line 1: Unexpected character in stream: 0xEF (UTF-8 byte order mark)");
+    auto const first = text.find_first_not_of(" \t\n\v\f\r");
+    if (first != std::string::npos && text[first] > ' ' && text[first] < 0x7F && text[first] != '{')
+        fail("the configuration must be an object");
+}
+
 Object readObject(std::string const& text)
 {
+    refuseWhatIsNoObject(text);
     std::istringstream stream(text);
     Object object;
     try {
@@ -53,12 +81,12 @@ Object readObject(std::string const& text)
     } catch (ReaderJson::ScanException const& failure) {
         // The reader takes the end of the text for a byte 0xFF, which no message should show.
         if (failure.errorPosition().documentOffset >= text.size())
-            fail("the text ends before the closing brace");
-        failAt(failure.errorPosition(), failure.what());
+            failAt(failure.errorPosition(), "the text ends before the closing brace");
+        failAt(failure.errorPosition(), printable(failure.what()));
     } catch (ReaderJson::ParseException const& failure) {
-        failAt(failure.tokenStart(), failure.what());
+        failAt(failure.tokenStart(), printable(failure.what()));
     } catch (Zelm::Exception::InvalidParameter const& failure) {
-        fail(failure.what());  // a name that stands there twice
+        fail(printable(failure.what()));  // a name that stands there twice
     } catch (std::bad_alloc const&) {
         fail("a string has no closing quotation mark");  // the reader's way of saying so
     }
@@ -129,7 +157,9 @@ Configuration parseConfiguration(std::string const& text)
     auto const object = readObject(text);
     refuseUnknownMembers(object, {"components"}, "the configuration");
     auto const member = object.find("components");
-    if (member == object.end() || member->element().GetElementType() != ElementType::Array)
+    if (member == object.end())
+        fail("\"components\" is missing");
+    if (member->element().GetElementType() != ElementType::Array)
         fail("\"components\" must be an array");
 
     Configuration result;
@@ -152,7 +182,7 @@ Configuration readConfiguration(std::string const& path)
     try {
         return parseConfiguration(readFile(path));
     } catch (std::runtime_error const& failure) {
-        throw std::runtime_error(path + ": " + failure.what());
+        throw std::runtime_error((path.empty() ? "\"\"" : path) + ": " + failure.what());
     }
 }
 

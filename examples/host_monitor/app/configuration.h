@@ -29,7 +29,8 @@ struct Configuration {
 /// Takes the text of a configuration. Throws std::runtime_error, whose text is one line without the file's name.
 Configuration parseConfiguration(std::string const& text);
 
-/// The same with the content of a file. The text of the exception begins with the path.
+/// The same with the content of a file. The text of the exception begins with the path, which is
+/// quoted if it is empty.
 Configuration readConfiguration(std::string const& path);
 
 }  // namespace HostMonitor
