@@ -15,6 +15,7 @@ namespace HostMonitor::Testing {
 using ::testing::AllOf;
 using ::testing::ContainsRegex;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
@@ -125,8 +126,73 @@ TEST_F(HostMonitor, saysThatTheListCouldntBeWritten)
     auto const child = Zelm::Testing::runProgram(
         "/bin/sh", installation.options({"-c", "exec \"$0\" --list >/dev/full", installation.program()}));
 
-    EXPECT_EQ(child.err, "host_monitor: can't write standard output\n");
+    EXPECT_EQ(child.err, "host_monitor: can't write standard output: No space left on device\n");
     EXPECT_EQ(child.status, 1);
+}
+
+TEST_F(HostMonitor, saysThatThereAreNoTypesToList)
+{
+    for (char const* const name : {"libHostSensors.so.1.0.0", "libHostReporters.so.1.0.0"})
+        std::filesystem::remove(installation / (std::string("lib/") + name));
+    writeFile(installation / "lib/libBroken.so.1", "no library at all");
+    auto const child = installation.run({"--list"});
+
+    EXPECT_EQ(child.err, "Failed to open: " + (installation / "lib//CMP_ComponentsMap.json") +
+                             "\nhost_monitor: no component types in " + (installation / "lib/") + "\n");
+    EXPECT_THAT(child.out, StartsWith("libBroken.so.1: Error loading: "));
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST_F(HostMonitor, looksForTheMapOnceWhenItListsAndTheMapCantBeWritten)
+{
+    auto options = installation.options({"--list"});
+    options.set("ZELM_ComponentsMapDir", installation / "absent");
+    auto const child = Zelm::Testing::runProgram(installation.program(), options);
+
+    EXPECT_EQ(child.err, "Failed to open: " + (installation / "absent/CMP_ComponentsMap.json") + "\n");
+    EXPECT_EQ(child.status, 0);
+}
+
+// ----------------------------------------------------------------------------------------------------- standard output
+
+TEST_F(HostMonitor, keepsTheLibrarysDiagnosticsOutOfItsOutput)
+{
+    auto const path = installation.configure({readsNothing, writesLines});
+    std::vector<std::vector<std::string>> const commands = {{"--list"},
+                                                            {"--config", path, "--interval", "0", "--samples", "1"}};
+    for (auto const& command : commands) {
+        SCOPED_TRACE(command.front());
+        writeFile(installation / "lib/CMP_ComponentsMap.json", "{\"Version\":[1,1,0],\"Components\":5}");
+        auto const child = installation.run(command);
+
+        EXPECT_THAT(child.err, StartsWith("Exception MetaDat::ReflectorArray"));
+        EXPECT_THAT(child.out, AllOf(Not(HasSubstr("Exception")), Not(::testing::IsEmpty())));
+        EXPECT_EQ(child.status, 0);
+    }
+}
+
+TEST_F(HostMonitor, keepsWhatLibrariesSayWhileTheMapIsBuiltOutOfItsOutput)
+{
+    installation.addWitnesses();
+    auto options = installation.options(
+        {"--config", installation.configure({readsNothing, writesLines}), "--interval", "0", "--samples", "1"});
+    options.set("WITNESSES_SPEAK", "1");
+    auto const child = Zelm::Testing::runProgram(installation.program(), options);
+
+    EXPECT_EQ(child.err, "Failed to open: " + (installation / "lib//CMP_ComponentsMap.json") +
+                             "\nWitnesses loaded\nWitnesses loaded\n");
+    EXPECT_THAT(child.out, StartsWith("{\"error\":"));
+    EXPECT_EQ(linesOf(child.out).size(), 1U);
+}
+
+TEST_F(HostMonitor, worksWithoutAStandardErrorToSendDiagnosticsTo)
+{
+    installation.buildMap();
+    auto const child = Zelm::Testing::runProgram(
+        "/bin/sh", installation.options({"-c", "exec \"$0\" --list 2>&-", installation.program()}));
+
+    EXPECT_EQ(child.out, listWithoutLoading);
+    EXPECT_EQ(child.status, 0);
 }
 
 // ----------------------------------------------------------------------------------------------------------- ordinary
@@ -171,7 +237,7 @@ TEST_F(HostMonitor, servesSeveralReportersAtOnce)
     EXPECT_EQ(child.status, 0);
     auto const line = readFile(installation / "log");
     EXPECT_THAT(line, HasSubstr("\"error\":\"/absent/meminfo: No such file or directory\""));
-    EXPECT_THAT(child.out, ::testing::EndsWith("\n\n" + line));
+    EXPECT_THAT(child.out, EndsWith("\n\n" + line));
 }
 
 TEST_F(HostMonitor, takesTheInstallationThatZelmDirNames)
@@ -182,7 +248,9 @@ TEST_F(HostMonitor, takesTheInstallationThatZelmDirNames)
     auto const child = Zelm::Testing::runProgram(installation.program(), options);
 
     EXPECT_THAT(child.err, StartsWith("Failed to open: " + empty.path() + "/lib//CMP_ComponentsMap.json\n"));
-    EXPECT_EQ(child.out, "TYPE  LIBRARY\ncomponent libraries loaded to tell this: none\n");
+    EXPECT_THAT(child.err, EndsWith("\nhost_monitor: no component types in " + empty.path() + "/lib/\n"));
+    EXPECT_EQ(child.out, "component libraries loaded to tell this: none\n");
+    EXPECT_EQ(child.status, 1);
 }
 
 TEST_F(HostMonitor, takesItsOwnInstallationIfZelmDirIsEmpty)
@@ -212,6 +280,15 @@ TEST_F(HostMonitor, showsHelp)
     EXPECT_EQ(child.status, 0);
 }
 
+TEST_F(HostMonitor, saysThatTheHelpCouldntBeWritten)
+{
+    auto const child = Zelm::Testing::runProgram(
+        "/bin/sh", installation.options({"-c", "exec \"$0\" --help >/dev/full", installation.program()}));
+
+    EXPECT_EQ(child.err, "host_monitor: can't write standard output: No space left on device\n");
+    EXPECT_EQ(child.status, 1);
+}
+
 // ------------------------------------------------------------------------------------------------------------- faults
 
 TEST_F(HostMonitor, refusesWhatItCantUseInOneLine)
@@ -225,7 +302,8 @@ TEST_F(HostMonitor, refusesWhatItCantUseInOneLine)
     Row const rows[] = {
         {"a wrong type name",
          {component("cpu", "CpuSensr"), writesLines},
-         "component \"cpu\": Failed to Create Component Type \"CpuSensr\": Component not found: No entry found"},
+         "component \"cpu\": Failed to Create Component Type \"CpuSensr\": Component not found: No entry found (see "
+         "--list)"},
         {"wrong arguments of a sensor",
          {component("cpu", "CpuSensor", {"x"}), writesLines},
          "component \"cpu\": Invalid Parameter: unknown argument \"x\", expected --proc=DIR"},
@@ -237,7 +315,7 @@ TEST_F(HostMonitor, refusesWhatItCantUseInOneLine)
          "component \"f\": can't open /absent/log: No such file or directory"},
         {"a full disk",
          {readsNothing, component("f", "JsonLinesReporter", {"/dev/full"})},
-         "can't write /dev/full: No space left on device"},
+         "component \"f\": can't write /dev/full: No space left on device"},
         {"no sensor", {writesLines}, "there is no sensor among the components"},
         {"no reporter", {readsNothing}, "there is no reporter among the components"},
         {"a component of another kind",
@@ -248,7 +326,14 @@ TEST_F(HostMonitor, refusesWhatItCantUseInOneLine)
          "component \"CoreComponentFactory\": the id is taken"},
         {"a component that throws anything",
          {component("x", "ThrowsNoException")},
-         "a component has thrown something that is no std::exception"},
+         "component \"x\" has thrown something that is no std::exception"},
+        {"a sensor without a reading",
+         {component("a2", "Failing", {"no reading"}), writesLines},
+         "component \"a2\" gave no reading"},
+        {"a sensor that fails", {component("a2", "Failing", {"take"}), writesLines}, "component \"a2\": take failed"},
+        {"a sensor that throws anything",
+         {component("a2", "Failing", {"take int"}), writesLines},
+         "component \"a2\" has thrown something that is no std::exception"},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.why);
@@ -278,7 +363,8 @@ TEST_F(HostMonitor, saysThatThereAreNoLibrariesAtAll)
 
     EXPECT_EQ(child.err, "Failed to open: " + (installation / "lib//CMP_ComponentsMap.json") + "\n" +
                              "host_monitor: component \"cpu\": Failed to Create Component Type \"CpuSensor\": No "
-                             "Component Repository Data\n");
+                             "Component Repository Data (looked in " +
+                             (installation / "lib/") + ")\n");
     EXPECT_EQ(child.status, 1);
 }
 
@@ -318,7 +404,7 @@ TEST_F(HostMonitor, endsEveryComponentAfterItsLastSample)
     auto const child = sample({component("b", "LifeCycleWitness"), component("a", "LifeCycleWitness"),
                                component("r", "JsonLinesReporter", {"/dev/null"})});
 
-    // The repository ends them in the order of their ids.
+    // The last one first.
     EXPECT_THAT(linesOf(child.out), ElementsAre("start b", "start a", "end a", "end b"));
     EXPECT_EQ(child.status, 0);
 }
@@ -330,6 +416,37 @@ TEST_F(HostMonitor, endsEveryComponentThatItHasStartedWhenItFails)
                                component("f", "JsonLinesReporter", {"/dev/full"})});
 
     EXPECT_THAT(linesOf(child.out), ElementsAre("start b", "start a", "end a", "end b"));
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST_F(HostMonitor, endsTheOtherComponentsWhenOneFailsToEnd)
+{
+    installation.addWitnesses();
+    struct Row {
+        char const* fault;
+        std::string reason;
+    };
+    Row const rows[] = {{"end", "component \"m\": end failed"},
+                        {"end int", "component \"m\" has thrown something that is no std::exception"}};
+    for (auto const& row : rows) {
+        SCOPED_TRACE(row.fault);
+        auto const child =
+            sample({component("z", "LifeCycleWitness"), component("m", "Failing", {row.fault}),
+                    component("a", "LifeCycleWitness"), component("r", "JsonLinesReporter", {"/dev/null"})});
+
+        EXPECT_THAT(linesOf(child.out), ElementsAre("start z", "start a", "end a", "end z"));
+        EXPECT_EQ(child.err, "host_monitor: " + row.reason + "\n");
+        EXPECT_EQ(child.status, 1);
+    }
+}
+
+TEST_F(HostMonitor, tellsTheFirstOfSeveralFailures)
+{
+    installation.addWitnesses();
+    auto const child = sample({component("a", "Failing", {"end"}), component("b", "Failing", {"end int"}),
+                               component("f", "JsonLinesReporter", {"/dev/full"})});
+
+    EXPECT_EQ(child.err, "host_monitor: component \"f\": can't write /dev/full: No space left on device\n");
     EXPECT_EQ(child.status, 1);
 }
 
@@ -362,7 +479,7 @@ TEST_F(HostMonitor, saysThatNobodyReadsItsOutputAnyMore)
     program.closeOutput();
 
     EXPECT_EQ(program.wait(), 1);
-    EXPECT_EQ(program.errors(), "host_monitor: can't write standard output: Broken pipe\n");
+    EXPECT_EQ(program.errors(), "host_monitor: component \"r\": can't write standard output: Broken pipe\n");
 }
 
 }  // namespace HostMonitor::Testing

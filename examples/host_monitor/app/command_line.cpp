@@ -1,9 +1,10 @@
 #include "command_line.h"
 
+#include "standard_output.h"
+
 #include <CLI/CLI.hpp>
 
 #include <charconv>
-#include <iostream>
 #include <stdexcept>
 
 namespace HostMonitor {
@@ -62,7 +63,7 @@ std::optional<Options> parseCommandLine(int argc, char const* const* argv, std::
     try {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const&) {
-        std::cout << app.help() << std::flush;
+        writeStandardOutput(app.help());
         return std::nullopt;
     } catch (CLI::ParseError const& failure) {
         throw std::runtime_error(failure.what());

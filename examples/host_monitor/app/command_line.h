@@ -16,7 +16,7 @@ struct Options {
 };
 
 /// Empty if the user asked for help, which has been written to standard output then. Throws std::runtime_error with a
-/// text of one line for what isn't understood.
+/// text of one line for what isn't understood, and if the help can't be written.
 std::optional<Options> parseCommandLine(int argc, char const* const* argv, std::string const& defaultConfiguration);
 
 }  // namespace HostMonitor

@@ -76,7 +76,8 @@ void writeComponentList(Map const& map, std::ostream& out)
     std::vector<Line> lines{{"TYPE", "LIBRARY", ""}};
     for (auto const& [type, line] : byType)
         lines.push_back(line);
-    writeAligned(lines, out);
+    if (!byType.empty())
+        writeAligned(lines, out);
 
     for (auto const& library : map.sharedLibraries())
         if (library.error.initialized())

@@ -1,5 +1,7 @@
 #include "installation.h"
 
+#include "zelm/core/install_paths.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -20,6 +22,11 @@ void useOwnInstallation(std::string const& root)
         return;
     if (setenv("ZELM_DIR", root.c_str(), 1) != 0)
         throw std::system_error(errno, std::generic_category(), "can't set ZELM_DIR");
+}
+
+std::string libraryDirectory()
+{
+    return Zelm::zelmRoot() + Zelm::componentsBinaryDir();
 }
 
 }  // namespace HostMonitor

@@ -14,4 +14,7 @@ std::string installationRoot();
 /// before anything of the repository, which reads the variable once, and before there is a second thread.
 void useOwnInstallation(std::string const& root);
 
+/// The directory that the repository looks for component libraries in.
+std::string libraryDirectory();
+
 }  // namespace HostMonitor

@@ -5,6 +5,7 @@
 #include "configuration.h"
 #include "installation.h"
 #include "monitor.h"
+#include "standard_output.h"
 #include "stop_request.h"
 
 #include "zelm/components/components_map.h"
@@ -14,6 +15,8 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 
@@ -23,25 +26,37 @@ using namespace HostMonitor;
 
 void list()
 {
-    // The repository finds or builds the map; the public way to look at it is to take it in once more.
-    Zelm::ComponentsRepositoryInterface::getComponentsRepository();
+    // A map of our own, found or built as the repository does it, which shows nobody its own.
     Zelm::ComponentsRepository::Map map;
-    Zelm::initializeSourceMap(map);
+    {
+        OutputToErrors const redirection;  // see makeRepository
+        Zelm::initializeSourceMap(map);
+    }
 
-    writeComponentList(map, std::cout);
+    std::ostringstream text;
+    writeComponentList(map, text);
     std::string loaded;
     for (auto const& library : loadedLibraries(map))
         loaded += (loaded.empty() ? "" : ", ") + library;
-    std::cout << "component libraries loaded to tell this: " << (loaded.empty() ? "none" : loaded) << std::endl;
-    if (!std::cout)
-        throw std::runtime_error("can't write standard output");
+    text << "component libraries loaded to tell this: " << (loaded.empty() ? "none" : loaded) << '\n';
+    writeStandardOutput(text.str());
+    if (!map.components.initialized() || map.components().empty())
+        throw std::runtime_error("no component types in " + libraryDirectory());
+}
+
+std::shared_ptr<Zelm::ComponentsRepositoryInterface> makeRepository()
+{
+    // While the map is taken in, the core library may tell on standard output what is wrong with the file, and
+    // libraries that are loaded may say anything. Neither belongs into JSON that is piped into another program.
+    OutputToErrors const redirection;
+    return Zelm::ComponentsRepositoryInterface::getComponentsRepository();
 }
 
 void monitor(Options const& options)
 {
     auto const configuration = readConfiguration(options.configuration);
     StopRequest stop;
-    auto const repository = Zelm::ComponentsRepositoryInterface::getComponentsRepository();
+    auto const repository = makeRepository();
 
     std::exception_ptr failure;
     try {
@@ -50,7 +65,7 @@ void monitor(Options const& options)
         failure = std::current_exception();
     }
     // Before main ends: components may need what static destructors take away.
-    repository->releaseAllComponents();
+    endComponents(*repository, configuration, failure);
     if (failure)
         std::rethrow_exception(failure);
 }
@@ -82,6 +97,6 @@ int main(int argc, char** argv)
     } catch (std::exception const& failure) {
         return fail(failure.what());
     } catch (...) {
-        return fail("a component has thrown something that is no std::exception");
+        return fail("something that is no std::exception was thrown");
     }
 }

@@ -13,7 +13,9 @@
 #include "zelm/components/components_repository.h"
 
 #include <chrono>
+#include <exception>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace HostMonitor {
@@ -27,15 +29,28 @@ public:
 
     /// Waits for the interval, takes a sample and reports it, so many times or, if `samples` is 0, until a stop is
     /// requested, which also ends a wait. Samples keep to the interval as long as they take less than that; one that is
-    /// late puts off those behind it. Throws what a reporter throws.
+    /// late puts off those behind it. Throws std::runtime_error, whose text names the component, for what a component
+    /// throws, and for a sensor that gives no reading.
     void run(std::chrono::microseconds interval, unsigned long samples, StopRequest& stop);
 
 private:
     void create(Zelm::ComponentsRepositoryInterface& repository, Configuration::Component const& component);
     void reportSample();
 
-    std::vector<std::shared_ptr<SensorInterface>> sensors_;
-    std::vector<std::shared_ptr<ReporterInterface>> reporters_;
+    /// A component in one of its roles, and the id that failures are told under.
+    template <class Interface> struct Named {
+        std::string id;
+        std::shared_ptr<Interface> component;
+    };
+
+    std::vector<Named<SensorInterface>> sensors_;
+    std::vector<Named<ReporterInterface>> reporters_;
 };
+
+/// Ends the configured components, the last one first, and then all else that the repository holds. One that throws
+/// keeps none of the others from their end; the first such failure goes into `failure`, its text naming the component,
+/// unless there is one already.
+void endComponents(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration,
+                   std::exception_ptr& failure);
 
 }  // namespace HostMonitor
