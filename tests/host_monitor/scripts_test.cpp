@@ -1,0 +1,83 @@
+// The scripts up to where they begin to build.
+#include "../support/child_process.h"
+#include "../support/temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace HostMonitor::Testing {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+using Zelm::Testing::ChildOptions;
+using Zelm::Testing::ChildResult;
+using Zelm::Testing::TemporaryDirectory;
+using Zelm::Testing::writeFile;
+
+namespace {
+
+ChildResult runScript(std::string const& path, std::vector<std::string> const& arguments)
+{
+    // From another directory than the source tree, as the scripts promise to find that.
+    return Zelm::Testing::runProgram(path, ChildOptions().with(arguments).in("/"));
+}
+
+}  // namespace
+
+TEST(Scripts, showTheirUsage)
+{
+    for (std::string const name : {"demo", "test"})
+        for (char const* const option : {"--help", "-h"}) {
+            SCOPED_TRACE(name + " " + option);
+            auto const child = runScript(SCRIPTS_DIR "/" + name, {option});
+
+            EXPECT_THAT(child.out, HasSubstr("\nUsage: scripts/" + name + " "));
+            EXPECT_THAT(child.out, Not(HasSubstr("#")));
+            EXPECT_THAT(child.out, Not(HasSubstr("pipefail")));
+            EXPECT_EQ(child.err, "");
+            EXPECT_EQ(child.status, 0);
+        }
+}
+
+TEST(Scripts, refuseUnknownOptionsInOneLine)
+{
+    auto const demo = runScript(SCRIPTS_DIR "/demo", {"--fast"});
+    EXPECT_EQ(demo.err, "demo: unknown argument \"--fast\" (see scripts/demo --help)\n");
+    EXPECT_EQ(demo.out, "");
+    EXPECT_EQ(demo.status, 2);
+
+    auto const test = runScript(SCRIPTS_DIR "/test", {"dev", "--fast"});
+    EXPECT_EQ(test.err, "test: unknown option \"--fast\" (see scripts/test --help)\n");
+    EXPECT_EQ(test.out, "");
+    EXPECT_EQ(test.status, 2);
+}
+
+/// A copy of the script in a tree whose build folder is none. (Taking rights away would tell nothing to root.)
+TEST(Scripts, sayBeforeAllElseThatTheBuildFolderCantBeWritten)
+{
+    TemporaryDirectory const tree;
+    std::filesystem::create_directory(tree / "scripts");
+    std::filesystem::copy(SCRIPTS_DIR "/demo", tree / "scripts");
+    writeFile(tree / "build", "");
+    auto const child = runScript(tree / "scripts/demo", {});
+
+    EXPECT_EQ(child.err, "demo: can't write to " + (tree / "build") + "\n");
+    EXPECT_EQ(child.out, "");
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST(Scripts, showNoLogOfAFormerRunWhenTheLogCantBeWritten)
+{
+    TemporaryDirectory const tree;
+    std::filesystem::create_directories(tree / "build/demo.log");
+    std::filesystem::create_directory(tree / "scripts");
+    std::filesystem::copy(SCRIPTS_DIR "/demo", tree / "scripts");
+    auto const child = runScript(tree / "scripts/demo", {});
+
+    EXPECT_EQ(child.err, "demo: can't write to " + (tree / "build") + "\n");
+    EXPECT_EQ(child.status, 1);
+}
+
+}  // namespace HostMonitor::Testing
