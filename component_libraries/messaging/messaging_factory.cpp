@@ -1,5 +1,6 @@
 /// @file
 /// The factory of libZelmMessaging.
+#include "dispatcher/message_dispatcher.h"
 #include "queues/callback_message_queue.h"
 #include "queues/fixed_depth_message_queue.h"
 #include "queues/message_queue.h"
@@ -27,6 +28,7 @@ public:
     void startLifeCycle() override
     {
         using Names = Msgs::MessageDispatcherInterface;
+        addComponentCreator(Names::DispatcherType, create<MessageDispatcher>);
         addComponentCreator(Names::QueueType, create<MessageQueue>);
         addComponentCreator(Names::FixedDepthQueueType, create<FixedDepthMessageQueue>);
         addComponentCreator(Names::CallbackQueueType, create<CallbackMessageQueue>);

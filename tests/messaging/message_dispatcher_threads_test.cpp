@@ -1,0 +1,216 @@
+/// Several threads at one dispatcher: what doesn't hold up what, and that nothing goes to a queue which is
+/// disconnected.
+#include "tests/messaging/dispatching.h"
+#include "tests/messaging/threads.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+#include <vector>
+
+namespace Zelm::Messaging {
+namespace {
+
+using ::testing::ElementsAre;
+using namespace Testing;
+
+class AtOneDispatcher : public ::testing::Test {
+protected:
+    /// A callback queue, subscribed to message 1, whose callback is entered and stays until it is let go.
+    class Blocked {
+    public:
+        explicit Blocked(Dispatcher const& dispatcher)
+            : queue(makeCallbackQueue([this](MessagePtr const&) {
+                  isIn_.set_value();
+                  mayGo_.get_future().wait();
+              }))
+        {
+            dispatcher->subscribe(queue, 1);
+            dispatching_ = inAnotherThread([dispatcher] { return dispatcher->dispatchMessage(message(1)); });
+            isIn_.get_future().wait();
+        }
+        void letGo()
+        {
+            mayGo_.set_value();
+            EXPECT_TRUE(dispatching_.get());
+        }
+
+        CallbackQueue const queue;
+
+    private:
+        std::promise<void> isIn_;
+        std::promise<void> mayGo_;
+        std::future<bool> dispatching_;
+    };
+
+    Dispatcher const dispatcher = makeDispatcher();
+};
+
+TEST_F(AtOneDispatcher, aSlowReceiverHoldsUpNobodyElse)
+{
+    Blocked slow(dispatcher);
+    auto const queue = makeQueue();
+    auto const forwarder = std::make_shared<RecordingForwarder>();
+
+    EXPECT_TRUE(dispatcher->subscribe(queue, 2));
+    EXPECT_TRUE(dispatcher->addForwarder(forwarder));
+    EXPECT_TRUE(dispatcher->dispatchMessage(message(2)));
+    EXPECT_TRUE(dispatcher->removeForwarder(forwarder));
+    EXPECT_TRUE(dispatcher->disconnectQueue(queue));
+    EXPECT_TRUE(dispatcher->subscribe(slow.queue, 3));
+    EXPECT_TRUE(dispatcher->unsubscribe(slow.queue, 3));
+
+    EXPECT_THAT(takeIds(*queue), ElementsAre(2));
+    slow.letGo();
+}
+
+TEST_F(AtOneDispatcher, disconnectingWaitsForADeliveryThatHasBegun)
+{
+    Blocked slow(dispatcher);
+
+    auto disconnecting = inAnotherThread([&] { return dispatcher->disconnectQueue(slow.queue); });
+    EXPECT_TRUE(isStillBlocked(disconnecting));
+
+    slow.letGo();
+    EXPECT_TRUE(disconnecting.get());
+}
+
+TEST_F(AtOneDispatcher, endingTheLastSubscriptionWaitsForADeliveryThatHasBegun)
+{
+    Blocked slow(dispatcher);
+
+    auto ending = inAnotherThread([&] { return dispatcher->unsubscribe(slow.queue, 1); });
+    EXPECT_TRUE(isStillBlocked(ending));
+
+    slow.letGo();
+    EXPECT_TRUE(ending.get());
+}
+
+TEST_F(AtOneDispatcher, whoeverDisconnectsAQueueAgainWaitsToo)
+{
+    Blocked slow(dispatcher);
+
+    auto first = inAnotherThread([&] { return dispatcher->unsubscribe(slow.queue, 1); });
+    EXPECT_TRUE(isStillBlocked(first));
+    auto second = inAnotherThread([&] { return dispatcher->disconnectQueue(slow.queue); });
+    EXPECT_TRUE(isStillBlocked(second));
+
+    slow.letGo();
+    EXPECT_TRUE(first.get());
+    EXPECT_TRUE(second.get());
+}
+
+TEST_F(AtOneDispatcher, disconnectingWaitsAlsoForADeliveryFromBeforeTheQueueWasSubscribedAgain)
+{
+    Blocked slow(dispatcher);
+    auto first = inAnotherThread([&] { return dispatcher->disconnectQueue(slow.queue); });
+    EXPECT_TRUE(isStillBlocked(first));
+    EXPECT_TRUE(dispatcher->subscribe(slow.queue, 5));
+
+    auto second = inAnotherThread([&] { return dispatcher->disconnectQueue(slow.queue); });
+    EXPECT_TRUE(isStillBlocked(second));
+
+    slow.letGo();
+    EXPECT_TRUE(first.get());
+    EXPECT_TRUE(second.get());
+}
+
+TEST_F(AtOneDispatcher, removingAForwarderWaitsUntilItHasForwarded)
+{
+    auto const forwarder = std::make_shared<RecordingForwarder>();
+    std::promise<void> isIn;
+    std::promise<void> mayGo;
+    forwarder->onMessage = [&](MessagePtr const&) {
+        isIn.set_value();
+        mayGo.get_future().wait();
+    };
+    dispatcher->addForwarder(forwarder);
+    auto dispatching = inAnotherThread([&] { return dispatcher->dispatchMessage(message(1)); });
+    isIn.get_future().wait();
+
+    auto removing = inAnotherThread([&] { return dispatcher->removeForwarder(forwarder); });
+    EXPECT_TRUE(isStillBlocked(removing));
+
+    mayGo.set_value();
+    EXPECT_TRUE(removing.get());
+    EXPECT_TRUE(dispatching.get());
+}
+
+TEST_F(AtOneDispatcher, disconnectingDoesntWaitForAReceiverThatTheMessageHasYetToPassBeforeTheQueue)
+{
+    // The delivery is held up at one of the two callbacks, and the other one, whichever that is, is still to come: it
+    // can be disconnected at once, and is skipped then.
+    std::promise<int> isIn;
+    std::promise<void> mayGo;
+    auto mayGoOn = mayGo.get_future().share();
+    std::atomic<int> calls{0};
+    std::vector<CallbackQueue> callbacks;
+    for (int i = 0; i < 2; ++i) {
+        callbacks.push_back(makeCallbackQueue([&, i](MessagePtr const&) {
+            if (++calls == 1)
+                isIn.set_value(i);
+            mayGoOn.wait();
+        }));
+        dispatcher->subscribe(callbacks.back(), everyMsg);
+    }
+    auto dispatching = inAnotherThread([&] { return dispatcher->dispatchMessage(message(1)); });
+    int const first = isIn.get_future().get();
+
+    EXPECT_TRUE(dispatcher->disconnectQueue(callbacks[static_cast<std::size_t>(1 - first)]));
+
+    mayGo.set_value();
+    EXPECT_TRUE(dispatching.get());
+    EXPECT_EQ(calls, 1);
+}
+
+/// Fails the test if it is given a message while it must have none.
+class GuardedQueue final : public ForeignQueue {
+public:
+    bool putMessage(MessagePtr) override
+    {
+        EXPECT_TRUE(mayHaveMessages);
+        ++got;
+        return true;
+    }
+
+    std::atomic<bool> mayHaveMessages{true};
+    std::atomic<long> got{0};
+};
+
+TEST_F(AtOneDispatcher, nothingGoesToAQueueOnceItIsDisconnectedWhileManyThreadsDispatch)
+{
+    std::atomic<bool> finished{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            auto const sent = message(1, {"a"}, {"c"});
+            while (!finished)
+                dispatcher->dispatchMessage(sent);
+        });
+
+    for (int round = 0; round < 150; ++round) {
+        auto const queue = std::make_shared<GuardedQueue>();
+        dispatcher->subscribe(queue, {"a"}, everyMsg);
+        dispatcher->subscribe(queue, 1);
+        if (round % 2)
+            dispatcher->registerService(queue, {"c"});
+        EXPECT_TRUE(becomesTrue([&] { return queue->got > 0; }));
+        if (round % 3) {
+            EXPECT_TRUE(dispatcher->disconnectQueue(queue));
+        } else {
+            dispatcher->unregisterAllServices(queue);
+            EXPECT_TRUE(dispatcher->unsubscribe(queue, 1));
+            EXPECT_TRUE(dispatcher->unsubscribe(queue, {"a"}, everyMsg));
+        }
+        queue->mayHaveMessages = false;
+    }
+    finished = true;
+    for (auto& thread : threads)
+        thread.join();
+}
+
+}  // namespace
+}  // namespace Zelm::Messaging
