@@ -1,5 +1,6 @@
 #include "../support/child_process.h"
 #include "../support/temporary_installation.h"
+#include "markdown.h"
 
 #include <gtest/gtest.h>
 
@@ -8,18 +9,6 @@
 
 namespace Zelm::Testing {
 namespace {
-
-/// The text of the fenced block behind the marker `<!-- name -->`.
-std::string blockOf(std::string const& document, std::string const& name)
-{
-    auto const marker = document.find("<!-- " + name + " -->");
-    if (marker == std::string::npos)
-        return "no block is called " + name;
-    auto const fence = document.find("```", marker);
-    auto const begin = document.find('\n', fence) + 1;
-    auto const end = document.find("```", begin);
-    return document.substr(begin, end - begin);
-}
 
 std::string readme()
 {
