@@ -1,11 +1,13 @@
 #include "zelm/msgs/message_key.h"
 
+#include "tests/support/failing_allocator.h"
 #include "zelm/msgs/dispatcher.h"
 #include "zelm/msgs/message.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <iterator>
 #include <set>
 #include <stdexcept>
@@ -19,6 +21,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 using ::testing::UnorderedElementsAreArray;
+using Zelm::Testing::failEachAllocationInTurn;
 
 using Address = std::vector<std::string>;
 using Group = MessageKey::HashingGroup;
@@ -54,6 +57,10 @@ std::multiset<Fields> fieldsOf(MessageKeySet const& keys)
 }
 
 static_assert(!std::is_polymorphic_v<MessageKey>);
+static_assert(std::is_empty_v<MessageKey::Hasher> && std::is_empty_v<MessageKey::HasherWithSender> &&
+              std::is_empty_v<MessageKey::HasherWithDestination>);
+static_assert(std::is_same_v<decltype(MessageKey::cachedHash), unsigned long>);
+static_assert(MessageKey::noHash == noHash);
 static_assert(sizeof(Group) == 2);
 static_assert(static_cast<int>(Group::SenderAndDestination) == 0 && static_cast<int>(Group::SenderOnly) == 1 &&
               static_cast<int>(Group::DestinationOnly) == 2);
@@ -73,6 +80,17 @@ TEST(MessageKey, keepsItsIdentifierAndBothAddressesAndFixesNoHashByItself)
 
     EXPECT_EQ(fieldsOf(key), Fields(id1234, {"a", "b"}, {"x"}));
     EXPECT_EQ(key.cachedHash, noHash);
+}
+
+TEST(MessageKey, hasItsFieldsInTheirOrder)
+{
+    MessageKey const key(id1234, {}, {});
+    auto const address = [](auto const& field) { return reinterpret_cast<std::uintptr_t>(&field); };
+
+    EXPECT_EQ(address(key), address(key.id));
+    EXPECT_LT(address(key.id), address(key.sender));
+    EXPECT_LT(address(key.sender), address(key.dest));
+    EXPECT_LT(address(key.dest), address(key.cachedHash));
 }
 
 TEST(MessageKey, fixesTheHashThatTheFunctionGivesForTheWholeKeyWithoutAHash)
@@ -111,6 +129,16 @@ TEST(MessageKey, hasAnEmptyAddressWhereTheMessageHasNone)
 {
     EXPECT_EQ(fieldsOf(MessageKey(Message(1, {}, {"x"}), {})), Fields(1, {}, {"x"}));
     EXPECT_EQ(fieldsOf(MessageKey(Message(1, {"a"}, {}), {})), Fields(1, {"a"}, {}));
+}
+
+TEST(MessageKey, takesNothingFromAnAddressThatIsUnsetThoughItStillHoldsParts)
+{
+    Message message(1, {"a"}, {"x"});
+
+    message.senderID.uninit();
+    EXPECT_EQ(fieldsOf(MessageKey(message, {})), Fields(1, {}, {"x"}));
+    message.destID.uninit();
+    EXPECT_EQ(fieldsOf(MessageKey(message, {})), Fields(1, {}, {}));
 }
 
 TEST(MessageKey, copiesAllFourFields)
@@ -331,7 +359,9 @@ TEST(PopulateHashPermutations, leavesEqualKeysInTheSetAsTheyAre)
     populateHashPermutations(Identifier(id1234), {"a"}, {"x"}, set, {});
 
     EXPECT_EQ(set.size(), 5u);
-    EXPECT_THAT(set.find(MessageKey(id1234, {}, {"x"}))->sender, ElementsAre("here before"));
+    auto const kept = set.find(MessageKey(id1234, {}, {"x"}));
+    ASSERT_NE(kept, set.end());
+    EXPECT_THAT(kept->sender, ElementsAre("here before"));
 }
 
 TEST(PopulateHashPermutations, asksTheHashFunctionForEachKeyFromTheMostParticularOn)
@@ -346,6 +376,20 @@ TEST(PopulateHashPermutations, asksTheHashFunctionForEachKeyFromTheMostParticula
 
     EXPECT_THAT(seen, ElementsAre(id1234, Identifier::toValue(1, 2, 3, any), Identifier::toValue(1, 2, any, any),
                                   Identifier::toValue(1, any, any, any), Identifier::toValue(any, any, any, any)));
+}
+
+TEST(PopulateHashPermutations, asksTheHashFunctionForEachKeyEvenIfAnEqualOneIsInTheSet)
+{
+    int calls = 0;
+    MessageKeySet set;
+
+    populateHashPermutations(MessageDispatcherInterface::everyMsg, {"a"}, {}, set, [&](MessageKey const& key) {
+        ++calls;
+        return MessageKey::Hasher()(key);
+    });
+
+    EXPECT_EQ(calls, 5);
+    EXPECT_EQ(set.size(), 1u);
 }
 
 TEST(PopulateHashPermutations, givesEachKeyACopyOfTheHashFunctionAsItWasPassed)
@@ -475,6 +519,33 @@ TEST(HashMessagesList, fixesTheHashThatASubscriptionOfThatIdentifierAndAddressHa
         MessageKey const subscription(permutation.id.value(), permutation.sender, permutation.dest);
         EXPECT_EQ(permutation.cachedHash, MessageKey::Hasher()(subscription));
     }
+}
+
+// The fixed hash goes with every copy, so that a look-up with a permutation hashes no address anew.
+TEST(HashMessagesList, fixesHashesThatSurviveCopying)
+{
+    MessageKey const key(id1234, {"a", "b"}, {"x", "y"});
+
+    for (auto const& permutation : MessageKey::hashMessagesList(key, Group::SenderAndDestination)) {
+        MessageKey copy = permutation;
+        copy.sender.clear();
+        copy.dest.clear();
+        EXPECT_EQ(copy.cachedHash, permutation.cachedHash);
+        EXPECT_EQ(MessageKey::Hasher()(copy), permutation.cachedHash);
+    }
+}
+
+TEST(HashMessagesList, passesOnThatMemoryRanOut)
+{
+    MessageKey const key(id1234, {"a", "b"}, {"x"});
+    MessageKeySet keys;
+
+    auto const failures =
+        failEachAllocationInTurn([&] { keys = MessageKey::hashMessagesList(key, Group::SenderAndDestination); },
+                                 [&] { EXPECT_THAT(keys, IsEmpty()); });
+
+    EXPECT_GE(failures, 20u) << "one for each key at least";
+    EXPECT_EQ(keys.size(), 20u);
 }
 
 }  // namespace
