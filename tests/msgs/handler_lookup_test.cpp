@@ -4,10 +4,12 @@
 #include "tests/support/failing_allocator.h"
 #include "zelm/msgs/dispatcher.h"
 #include "zelm/msgs/message.h"
+#include "zelm/msgs/queue.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <list>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -19,6 +21,7 @@ using ::testing::Each;
 using ::testing::ElementsAre;
 using Testing::FifoQueue;
 using ::testing::IsEmpty;
+using ::testing::Pointee;
 using ::testing::UnorderedElementsAre;
 using ::testing::internal::CaptureStdout;
 using ::testing::internal::GetCapturedStdout;
@@ -197,6 +200,26 @@ TEST(FindCovering, findsNothingInAnEmptyTable)
 
     EXPECT_THAT(result, IsEmpty());
     EXPECT_EQ(result.capacity(), 20u);
+}
+
+// For dispatchers that keep senders and destinations in tables of their own.
+TEST(FindCovering, searchesTablesOfTheOtherHashersToo)
+{
+    using BySender = std::unordered_map<MessageKey, int, MessageKey::HasherWithSender, std::equal_to<MessageKey>>;
+    using ByDestination =
+        std::unordered_map<MessageKey, int, MessageKey::HasherWithDestination, std::equal_to<MessageKey>>;
+    auto const sent = message(id1234, {"a", "b"}, {"x", "y"});
+
+    for (std::size_t const size : {walked, probed}) {
+        auto const bySender = filledUp(BySender{{MessageKey(everyMsg, {"a"}, {}), 1}}, size);
+        auto const byDestination = filledUp(ByDestination{{MessageKey(everyMsg, {}, {"x"}), 2}}, size);
+
+        EXPECT_THAT((findCovering<int, MessageKey::HasherWithSender>(sent, bySender, false, Group::SenderOnly)),
+                    ElementsAre(Pointee(1)));
+        EXPECT_THAT(
+            (findCovering<int, MessageKey::HasherWithDestination>(sent, byDestination, false, Group::DestinationOnly)),
+            ElementsAre(Pointee(2)));
+    }
 }
 
 // ------------------------------------------------------------------------------------------- where the ways differ
@@ -399,6 +422,29 @@ TEST(ProcessAllMessages, handlesWhatTheQueueHoldsInItsOrder)
 
     EXPECT_EQ(handled, sent);
     EXPECT_EQ(queue->size(), 0u);
+}
+
+/// Hands out all that it has by its own way of taking all, and nothing otherwise.
+class QueueWithItsOwnTaking final : public MessageQueueInterface {
+public:
+    using MessageQueueInterface::getMessage;
+
+    MessagePtr getMessage(long) override { return nullptr; }
+    bool putMessage(MessagePtr) override { return false; }
+    void takeAllAvailableMessages(std::list<MessagePtr>& messages) override { messages.assign(3, message(7)); }
+    void close() override {}
+};
+
+TEST(ProcessAllMessages, takesTheMessagesByTheQueuesOwnWayOfTakingAll)
+{
+    std::vector<unsigned long> handled;
+
+    processAllMessages(std::make_shared<QueueWithItsOwnTaking>(), [&](MessagePtr const& each) {
+        handled.push_back(each->id());
+        return false;
+    });
+
+    EXPECT_THAT(handled, ElementsAre(7, 7, 7));
 }
 
 TEST(ProcessAllMessages, losesWhatStandsBehindTheMessageThatEndsIt)
