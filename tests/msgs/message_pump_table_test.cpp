@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <map>
+#include <stdexcept>
 #include <thread>
 
 namespace Zelm::Msgs {
@@ -95,6 +96,25 @@ TEST_F(IdlePump, stopsPublishingAtTheFirstRefusal)
     EXPECT_FALSE(pump.publishTable({{bySender, {}}, {byDestination, {}}}));
 
     EXPECT_THAT(dispatcher->calls(), SizeIs(1));
+}
+
+TEST_F(IdlePump, publishesInTheOrderOfTheTable)
+{
+    DispatchTable table;
+    for (unsigned short i = 0; i < 20; ++i) {
+        std::string const part = std::to_string(i);
+        table[MessageKey(id1234, {part}, i % 2 == 0 ? Address{part} : Address{})] = ignore;
+    }
+    std::vector<std::string> expected;
+    for (auto const& [key, handler] : table) {
+        std::string const& part = key.sender.front();
+        expected.push_back(key.dest.empty() ? "subscribe { " + part + " } { 1, 2, 3, 4 }"
+                                            : "registerService { " + part + " } { 1, 2, 3, 4 } 0");
+    }
+
+    EXPECT_TRUE(pump.publishTable(table));
+
+    EXPECT_EQ(dispatcher->calls(), expected);
 }
 
 TEST_F(IdlePump, publishesItsTableOnceOnItsOwnThreadWhenItStarts)
@@ -226,6 +246,20 @@ TEST_F(RunningPump, reportsARefusedEntryAndKeepsAllOfThemInItsTable)
     EXPECT_EQ(handled, 2);
 }
 
+TEST_F(RunningPump, hasAddedTheEntriesWhenTheDispatcherThrows)
+{
+    int handled = 0;
+    auto const count = [&](auto const&) { ++handled; };
+    dispatcher->onCall([](std::string const&) { throw std::runtime_error("no dispatcher"); });
+
+    EXPECT_THROW(pump.addEntriesToDispatchTable({{byNothing, count}, {bySender, count}}), std::runtime_error);
+
+    dispatcher->onCall({});
+    put(id1234, {"a"});
+    pump.stop();
+    EXPECT_EQ(handled, 2);
+}
+
 // ---------------------------------------------------------------------------------------------------------- removing
 
 TEST_F(IdlePump, changesItsTableWithoutAWordToTheDispatcher)
@@ -307,6 +341,22 @@ TEST_F(RunningPump, removesEntriesThoughTheDispatcherRefuses)
     EXPECT_EQ(GetCapturedStderr(), nobodysLine);
 }
 
+TEST_F(RunningPump, hasRemovedAnEntryWhenTheDispatcherThrowsAndKeepsThoseBehindIt)
+{
+    DispatchTable const entries{{byNothing, ignore}, {bySender, ignore}};
+    EXPECT_TRUE(pump.addEntriesToDispatchTable(entries));
+    dispatcher->forgetCalls();
+    dispatcher->onCall([](std::string const&) { throw std::runtime_error("no dispatcher"); });
+
+    EXPECT_THROW(pump.removeEntriesFromDispatchTable(entries), std::runtime_error);
+
+    dispatcher->onCall({});
+    EXPECT_TRUE(pump.removeEntriesFromDispatchTable(entries));
+    EXPECT_THAT(dispatcher->calls(),
+                UnorderedElementsAre("unsubscribe {  } { 1, 2, 3, 4 }", "unsubscribe { a } { 1, 2, 3, 4 }"))
+        << "each once: the first before the exception, the other one now";
+}
+
 TEST_F(RunningPump, removesByTheSideOfTheKeyThatIsAskedForOnPurpose)
 {
     EXPECT_TRUE(pump.addEntriesToDispatchTable({{MessageKey(id1234, {"a"}, {"a"}), ignore}}));
@@ -348,7 +398,7 @@ TEST_F(RunningPump, disconnectsTheQueueWhenItsTableIsClearedAndRunsOnWithoutHand
     EXPECT_EQ(GetCapturedStderr(), nobodysLine + nobodysLine);
 }
 
-TEST_F(RunningPump, clearsItsTableThoughTheDispatcherFails)
+TEST_F(RunningPump, clearsItsTableOnPurposeThoughTheDispatcherFails)
 {
     EXPECT_TRUE(pump.addEntriesToDispatchTable({{byNothing, ignore}}));
     dispatcher->refuse("unregisterAllServices");
@@ -359,6 +409,20 @@ TEST_F(RunningPump, clearsItsTableThoughTheDispatcherFails)
     put(id1234);
     pump.stop();
     EXPECT_EQ(GetCapturedStderr(), nobodysLine);
+}
+
+TEST_F(RunningPump, keepsItsTableWhenTheDispatcherThrowsBeforeItIsCleared)
+{
+    int handled = 0;
+    EXPECT_TRUE(pump.addEntriesToDispatchTable({{byNothing, [&](auto const&) { ++handled; }}}));
+    dispatcher->onCall([](std::string const&) { throw std::runtime_error("no dispatcher"); });
+
+    EXPECT_THROW(pump.clearDispatchTable(), std::runtime_error);
+
+    dispatcher->onCall({});
+    put(id1234);
+    pump.stop();
+    EXPECT_EQ(handled, 1);
 }
 
 TEST_F(RunningPump, goesOnTakingEntriesAfterItsTableWasCleared)

@@ -1,14 +1,15 @@
 #include "zelm/msgs/message_pump.h"
 
 #include "tests/msgs/pump_fixture.h"
+#include "tests/support/failing_allocator.h"
 
 #include <gmock/gmock.h>
 
 #include <pthread.h>
 
-#include <iomanip>
-#include <iostream>
+#include <new>
 #include <set>
+#include <stdexcept>
 #include <system_error>
 #include <type_traits>
 
@@ -18,19 +19,17 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::internal::CaptureStderr;
-using ::testing::internal::GetCapturedStderr;
 using namespace Testing;
 
 static_assert(std::has_virtual_destructor_v<MessagePump>);
 static_assert(!std::is_copy_constructible_v<MessagePump> && !std::is_move_constructible_v<MessagePump>);
 static_assert(std::is_base_of_v<Message, MyStopThreadStopMessage>);
+static_assert(sizeof(MyStopThreadStopMessage) == sizeof(Message), "no data of its own");
 
 class MessagePumpTest : public PumpFixture {};
 using MessagePumpStart = MessagePumpTest;
 using MessagePumpStop = MessagePumpTest;
 using MessagePumpEnd = MessagePumpTest;
-using MessagePumpLine = MessagePumpTest;
 
 // ---------------------------------------------------------------------------------------------------- starting
 
@@ -151,6 +150,40 @@ TEST_F(MessagePumpStart, storesAllThreeOnPurposeEvenIfOneIsMissing)
     EXPECT_EQ(otherQueue.use_count(), 1);
     EXPECT_EQ(dispatcher.use_count(), 2);
     EXPECT_EQ(token.use_count(), holders);
+}
+
+TEST_F(MessagePumpStart, changesNothingIfTheTableCanNotBeCopied)
+{
+    MessagePump pump(queue, dispatcher);
+    auto const otherQueue = std::make_shared<FifoQueue>();
+    auto const otherDispatcher = std::make_shared<RecordingDispatcher>();
+    DispatchTable const table{{MessageKey(id1234, {}, {}), ignore}};
+
+    {
+        Zelm::Testing::FailingAllocation const failing(0);
+        EXPECT_THROW(pump.start(otherQueue, otherDispatcher, table), std::bad_alloc);
+    }
+
+    EXPECT_FALSE(pump.isRunning());
+    EXPECT_EQ(otherQueue.use_count(), 1);
+    EXPECT_EQ(otherDispatcher.use_count(), 1);
+    EXPECT_TRUE(pump.start()) << "with what it had before";
+    pump.stop();
+    EXPECT_THAT(dispatcher->calls(), ElementsAre("unsubscribeAll", "unregisterAllServices"));
+}
+
+// The worker of both forms of start, for whoever can show that nobody else changes the table.
+TEST_F(MessagePumpStart, isMadeByAWorkerThatTakesTheProofOfALock)
+{
+    MessagePump pump(queue, dispatcher);
+    MessagePump withoutQueue(nullptr, dispatcher);
+    ScopedAccessor<DispatchTable, std::mutex> own;
+    ScopedAccessor<DispatchTable, std::mutex>::Access access(own);
+
+    EXPECT_FALSE(withoutQueue.startPumpThread(access));
+    EXPECT_TRUE(pump.startPumpThread(access));
+    EXPECT_TRUE(pump.isRunning());
+    EXPECT_FALSE(pump.startPumpThread(access));
 }
 
 /// While it lives, a new thread wants a stack larger than any address space.
@@ -278,6 +311,37 @@ TEST_F(MessagePumpStop, isFollowedInTheDestructorByTheDispatcherThenTheTableThen
     EXPECT_THAT(log, ElementsAre("dispatcher", "table", "queue"));
 }
 
+/// Throws instead of taking a message, once.
+class QueueThatFailsOnce final : public MessageQueueInterface {
+public:
+    using MessageQueueInterface::getMessage;
+
+    MessagePtr getMessage(long timeout) override { return messages_.getMessage(timeout); }
+    bool putMessage(MessagePtr each) override
+    {
+        if (!std::exchange(hasFailed_, true))
+            throw std::runtime_error("the queue failed");
+        return messages_.putMessage(std::move(each));
+    }
+    void close() override { messages_.close(); }
+
+private:
+    FifoQueue messages_;
+    bool hasFailed_ = false;
+};
+
+TEST_F(MessagePumpStop, passesOnWhatTheQueueThrowsAndLeavesThePumpRunning)
+{
+    MessagePump pump(std::make_shared<QueueThatFailsOnce>(), dispatcher);
+    ASSERT_TRUE(pump.start());
+
+    EXPECT_THROW(pump.stop(), std::runtime_error);
+
+    EXPECT_TRUE(pump.isRunning());
+    pump.stop();
+    EXPECT_FALSE(pump.isRunning());
+}
+
 // ------------------------------------------------------------------------------------------- a thread that has ended
 
 TEST(MyStopThreadStopMessage, hasTheStopIdentifierNoAddressesAndNoPlaceInTheFactory)
@@ -366,6 +430,26 @@ TEST_F(MessagePumpThatEnds, doesSoOnAnEmptyMessageToo)
     EXPECT_EQ(handled, 1);
 }
 
+// The queue is disconnected by then, but nobody has told the pump's owner.
+TEST_F(MessagePumpThatEnds, tellsTheDispatcherOfChangesOnPurposeUntilItIsStopped)
+{
+    MessagePump pump(queue, dispatcher);
+    put(stopID);
+    ASSERT_TRUE(pump.start());
+    disconnected.wait();
+    dispatcher->forgetCalls();
+
+    EXPECT_TRUE(pump.addEntriesToDispatchTable({{MessageKey(id1234, {"a"}, {}), ignore}}));
+    EXPECT_TRUE(pump.removeEntriesFromDispatchTable({{MessageKey(id1234, {"a"}, {}), ignore}}));
+    EXPECT_TRUE(pump.clearDispatchTable());
+    EXPECT_THAT(takeCalls(), ElementsAre("subscribe { a } { 1, 2, 3, 4 }", "unsubscribe { a } { 1, 2, 3, 4 }",
+                                         "unsubscribeAll", "unregisterAllServices"));
+
+    pump.stop();
+    EXPECT_TRUE(pump.addEntriesToDispatchTable({{MessageKey(id1234, {"a"}, {}), ignore}}));
+    EXPECT_THAT(dispatcher->calls(), IsEmpty());
+}
+
 /// Tells how it is asked.
 class QueueWithItsOwnGet final : public MessageQueueInterface {
 public:
@@ -426,66 +510,6 @@ TEST_F(MessagePumpTest, callsAHandlerTwiceForOneMessageWhereTheLookUpFindsItTwic
     pump.stop();
 
     EXPECT_EQ(handled, 2);
-}
-
-// ------------------------------------------------------------------------------------- the line on standard error
-
-TEST_F(MessagePumpLine, tellsOfAMessageThatNobodyHandles)
-{
-    MessagePump pump(queue, dispatcher, {{MessageKey(5, {}, {}), ignore}});
-    put(id1234, {"a"});
-    put(5);
-    put(id1234, {"a", "b"}, {"x", "y"});
-    put(0, {}, {"x"});
-
-    CaptureStderr();
-    EXPECT_TRUE(pump.start());
-    pump.stop();
-    std::string const printed = GetCapturedStderr();
-
-    EXPECT_EQ(printed,
-              "Received message ID: { 1, 2, 3, 4 }, from: { a }, for: {  } which didn't have a handler\n"
-              "Received message ID: { 1, 2, 3, 4 }, from: { a, b }, for: { x, y } which didn't have a handler\n"
-              "Received message ID: { 0, 0, 0, 0 }, from: {  }, for: { x } which didn't have a handler\n");
-}
-
-TEST_F(MessagePumpLine, showsNumbersInStandardErrorsOwnFormat)
-{
-    MessagePump pump(queue, dispatcher);
-    put(Identifier::toValue(10, 255, 0, 65535));
-
-    CaptureStderr();
-    std::cerr << std::hex << std::showbase;
-    EXPECT_TRUE(pump.start());
-    pump.stop();
-    std::cerr << std::dec << std::noshowbase;
-    std::string const printed = GetCapturedStderr();
-
-    EXPECT_EQ(printed,
-              "Received message ID: { 0xa, 0xff, 0, 0xffff }, from: {  }, for: {  } which didn't have a handler\n");
-}
-
-TEST_F(MessagePumpLine, staysWholeWhereSeveralPumpsSpeak)
-{
-    constexpr int pumps = 3;
-    constexpr int messages = 200;
-    std::vector<std::unique_ptr<MessagePump>> running;
-
-    CaptureStderr();
-    for (int i = 0; i < pumps; ++i) {
-        auto const ownQueue = std::make_shared<FifoQueue>();
-        for (int j = 0; j < messages; ++j)
-            ownQueue->putMessage(message(id1234, {"a"}, {"x"}));
-        running.push_back(std::make_unique<MessagePump>(ownQueue, dispatcher));
-        EXPECT_TRUE(running.back()->start());
-    }
-    running.clear();
-    std::istringstream printed(GetCapturedStderr());
-
-    int lines = 0;
-    for (std::string line; std::getline(printed, line); ++lines)
-        ASSERT_EQ(line, "Received message ID: { 1, 2, 3, 4 }, from: { a }, for: { x } which didn't have a handler");
-    EXPECT_EQ(lines, pumps * messages);
 }
 
 }  // namespace

@@ -9,10 +9,8 @@
 #include <atomic>
 #include <csignal>
 #include <functional>
-#include <iostream>
 #include <map>
 #include <stdexcept>
-#include <streambuf>
 #include <thread>
 
 namespace Zelm::Msgs {
@@ -147,43 +145,57 @@ TEST_F(PumpLock, isFreeWhenTheThreadDisconnectsTheQueueAtItsEnd)
     EXPECT_EQ(calls, 2);
 }
 
-/// Calls a function at each write.
-class ListeningBuffer : public std::streambuf {
-public:
-    explicit ListeningBuffer(std::function<void()> listener) : listener_(std::move(listener)) {}
-
-    std::string text;
-
-protected:
-    int_type overflow(int_type c) override
-    {
-        listener_();
-        text.push_back(traits_type::to_char_type(c));
-        return c;
-    }
-    std::streamsize xsputn(char const* characters, std::streamsize count) override
-    {
-        listener_();
-        text.append(characters, static_cast<std::size_t>(count));
-        return count;
-    }
-
-private:
-    std::function<void()> listener_;
-};
-
-TEST_F(PumpLock, isFreeWhenTheLineOnStandardErrorIsWritten)
+TEST_F(PumpLock, isNotTakenByStopNorByIsRunning)
 {
-    ListeningBuffer buffer([&] { pump.removeEntriesFromDispatchTable({}); });
-    std::streambuf* const before = std::cerr.rdbuf(&buffer);
-    put(id1234);
+    Event started;
+    Event stopIsQueued;
+    bool runningInHandler = false;
+    pump.addEntriesToDispatchTable({{MessageKey(1, {}, {}), [&](auto const&) {
+                                         started.set();
+                                         stopIsQueued.wait();
+                                         runningInHandler = pump.isRunning();
+                                     }}});
+    put(1);
+    ASSERT_TRUE(pump.start());
+    started.wait();
 
-    bool const started = pump.start();
-    pump.stop();
-    std::cerr.rdbuf(before);
+    auto stopping = std::async(std::launch::async, [&] { pump.stop(); });
+    while (queue->size() == 0)
+        std::this_thread::yield();
+    stopIsQueued.set();
+    stopping.get();
 
-    ASSERT_TRUE(started);
-    EXPECT_EQ(buffer.text, "Received message ID: { 1, 2, 3, 4 }, from: {  }, for: {  } which didn't have a handler\n");
+    EXPECT_TRUE(runningInHandler);
+    EXPECT_FALSE(pump.isRunning());
+}
+
+// The thread isn't joined yet, so the pump still counts as running to whoever changes the table.
+TEST_F(PumpLock, isRunningUntilTheThreadThatStopWaitsForHasEnded)
+{
+    std::future<void> stopping;
+    bool heldUp = false;
+    bool runningMeanwhile = false;
+    Event looked;
+    dispatcher->onCall([&](std::string const& call) {
+        if (call != "unsubscribeAll")
+            return;
+        heldUp = isHeldUp(stopping);
+        runningMeanwhile = pump.isRunning();
+        looked.set();
+    });
+    Event stopIsCalled;
+    pump.addEntriesToDispatchTable({{MessageKey(1, {}, {}), [&](auto const&) { stopIsCalled.wait(); }}});
+    put(1);
+    ASSERT_TRUE(pump.start());
+
+    stopping = std::async(std::launch::async, [&] { pump.stop(); });
+    stopIsCalled.set();
+    looked.wait();
+    stopping.get();
+
+    EXPECT_TRUE(heldUp);
+    EXPECT_TRUE(runningMeanwhile);
+    EXPECT_FALSE(pump.isRunning());
 }
 
 TEST_F(PumpLock, isFreeWhileThePumpWaitsForAMessage)
