@@ -464,10 +464,11 @@ public:
         return nullptr;
     }
     bool putMessage(MessagePtr) override { return false; }
-    void close() override {}
+    void close() override { ++closes; }
 
     int plainGets = 0;
     int getsWithTimeout = 0;
+    int closes = 0;
 };
 
 TEST_F(MessagePumpTest, asksTheQueueByTheFormWithoutATimeoutAndStopsThoughTheQueueTakesNoMessage)
@@ -480,6 +481,7 @@ TEST_F(MessagePumpTest, asksTheQueueByTheFormWithoutATimeoutAndStopsThoughTheQue
 
     EXPECT_EQ(own->plainGets, 1);
     EXPECT_EQ(own->getsWithTimeout, 0);
+    EXPECT_EQ(own->closes, 0);
 }
 
 TEST_F(MessagePumpTest, letsGoOfEachMessageBeforeItGetsTheNext)
