@@ -287,6 +287,7 @@ TEST_F(MessagePumpStop, goesWithTheDestructor)
 
     EXPECT_EQ(handled, 1);
     EXPECT_EQ(queue->size(), 0u);
+    EXPECT_TRUE(queue->putMessage(message(2))) << "the queue stays open for its next reader";
     EXPECT_THAT(takeCalls(), Contains("unsubscribeAll"));
     EXPECT_EQ(queue.use_count(), 1);
     EXPECT_EQ(dispatcher.use_count(), 1);
