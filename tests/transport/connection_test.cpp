@@ -1,5 +1,7 @@
 #include "zelm/transport/connection.h"
 
+#include "tests/support/vtable_slot.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -12,6 +14,9 @@ namespace {
 
 static_assert(std::is_abstract_v<ConnectionInterface>);
 static_assert(std::has_virtual_destructor_v<ConnectionInterface>);
+static_assert(sizeof(ConnectionInterface) == sizeof(void*), "no data");
+
+using Zelm::Testing::slotOf;
 
 // Taken while this program's own static objects are being made.
 std::string const websocketAtLoad = ConnectionInterface::WebsocketType;
@@ -22,6 +27,49 @@ TEST(Connection, hasItsTypeNamesFromTheMomentTheLibraryIsLoaded)
     EXPECT_EQ(websocketAtLoad, "Connection_Websocket");
     EXPECT_EQ(hostMemBridgeAtLoad, "Connection_HostMemBridge");
 }
+
+struct BehindConnection : ConnectionInterface {
+    virtual void next() = 0;
+};
+
+TEST(Connection, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    EXPECT_EQ(slotOf(&ConnectionInterface::open), 2);
+    EXPECT_EQ(slotOf(&ConnectionInterface::close), 3);
+    EXPECT_EQ(slotOf(&ConnectionInterface::isOpen), 4);
+    EXPECT_EQ(slotOf(&ConnectionInterface::send), 5);
+    EXPECT_EQ(slotOf(&ConnectionInterface::onReceive), 6);
+    EXPECT_EQ(slotOf(&ConnectionInterface::onClose), 7);
+    EXPECT_EQ(slotOf(&BehindConnection::next), 8);
+}
+
+// One operation each, to be stacked: whatever is left out keeps the class abstract.
+template <class Base> struct Opens : Base {
+    bool open(std::string const&) override { return true; }
+};
+template <class Base> struct Closes : Base {
+    void close() override {}
+};
+template <class Base> struct TellsIfOpen : Base {
+    bool isOpen() const override { return true; }
+};
+template <class Base> struct Sends : Base {
+    void send(std::string const&) override {}
+};
+template <class Base> struct Receives : Base {
+    void onReceive(std::function<void(std::string const&)>) override {}
+};
+template <class Base> struct TellsOfTheEnd : Base {
+    void onClose(std::function<void()>) override {}
+};
+using Interface = ConnectionInterface;
+static_assert(!std::is_abstract_v<Opens<Closes<TellsIfOpen<Sends<Receives<TellsOfTheEnd<Interface>>>>>>>);
+static_assert(std::is_abstract_v<Closes<TellsIfOpen<Sends<Receives<TellsOfTheEnd<Interface>>>>>>);
+static_assert(std::is_abstract_v<Opens<TellsIfOpen<Sends<Receives<TellsOfTheEnd<Interface>>>>>>);
+static_assert(std::is_abstract_v<Opens<Closes<Sends<Receives<TellsOfTheEnd<Interface>>>>>>);
+static_assert(std::is_abstract_v<Opens<Closes<TellsIfOpen<Receives<TellsOfTheEnd<Interface>>>>>>);
+static_assert(std::is_abstract_v<Opens<Closes<TellsIfOpen<Sends<TellsOfTheEnd<Interface>>>>>>);
+static_assert(std::is_abstract_v<Opens<Closes<TellsIfOpen<Sends<Receives<Interface>>>>>>);
 
 /// Writes down how each operation is reached.
 class RecordingConnection : public ConnectionInterface {

@@ -1,5 +1,6 @@
 #include "zelm/transport/server.h"
 
+#include "tests/support/vtable_slot.h"
 #include "zelm/transport/connection.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,9 @@ namespace {
 
 static_assert(std::is_abstract_v<ServerInterface>);
 static_assert(std::has_virtual_destructor_v<ServerInterface>);
+static_assert(sizeof(ServerInterface) == sizeof(void*), "no data");
+
+using Zelm::Testing::slotOf;
 
 // Taken while this program's own static objects are being made.
 std::string const websocketAtLoad = ServerInterface::WebsocketType;
@@ -28,6 +32,33 @@ TEST(Server, hasTypeNamesOfItsOwnThatDifferFromThoseOfConnections)
     EXPECT_NE(ServerInterface::WebsocketType, ConnectionInterface::WebsocketType);
     EXPECT_NE(ServerInterface::HostMemBridgeType, ConnectionInterface::HostMemBridgeType);
 }
+
+struct BehindServer : ServerInterface {
+    virtual void next() = 0;
+};
+
+TEST(Server, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    EXPECT_EQ(slotOf(&ServerInterface::listen), 2);
+    EXPECT_EQ(slotOf(&ServerInterface::stop), 3);
+    EXPECT_EQ(slotOf(&ServerInterface::onConnection), 4);
+    EXPECT_EQ(slotOf(&BehindServer::next), 5);
+}
+
+// One operation each, to be stacked: whatever is left out keeps the class abstract.
+template <class Base> struct Listens : Base {
+    bool listen(std::string const&) override { return true; }
+};
+template <class Base> struct Stops : Base {
+    void stop() override {}
+};
+template <class Base> struct HandsOutConnections : Base {
+    void onConnection(std::function<void(std::shared_ptr<ConnectionInterface>)>) override {}
+};
+static_assert(!std::is_abstract_v<Listens<Stops<HandsOutConnections<ServerInterface>>>>);
+static_assert(std::is_abstract_v<Stops<HandsOutConnections<ServerInterface>>>);
+static_assert(std::is_abstract_v<Listens<HandsOutConnections<ServerInterface>>>);
+static_assert(std::is_abstract_v<Listens<Stops<ServerInterface>>>);
 
 /// Writes down how each operation is reached.
 class RecordingServer : public ServerInterface {
