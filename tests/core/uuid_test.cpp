@@ -16,6 +16,7 @@ unsigned char const lowerTextsBytes[16] = {0x0b, 0x5f, 0x8a, 0x0e, 0x3d, 0x0c, 0
                                            0x9c, 0x52, 0x6f, 0x1c, 0x7e, 0x0d, 0x9a, 0x43};
 
 static_assert(!std::is_polymorphic_v<Uuid>);
+static_assert(sizeof(Uuid) == sizeof(Uuid::Bytes) + sizeof(std::string), "its bytes, its text and nothing else");
 
 Uuid copyOf(Uuid const& uuid)
 {
@@ -104,6 +105,15 @@ TEST(Uuid, leavesTheTextBehindWhenItIsCopiedOnPurpose)
     EXPECT_EQ(copy.asUuidString(), lowerText);
 }
 
+TEST(Uuid, leavesTheTextBehindWhenItIsMovedTooOnPurpose)
+{
+    Uuid upper(upperText);
+    Uuid const moved(static_cast<Uuid&&>(upper));
+
+    EXPECT_EQ(moved.asUuidString(), lowerText);
+    EXPECT_EQ(upper.asUuidString(), upperText);
+}
+
 TEST(Uuid, carriesTheTextAlongWhenItIsAssignedOnPurpose)
 {
     Uuid const upper(upperText);
@@ -135,6 +145,15 @@ TEST(Uuid, takesMalformedTextWithoutAWordAndGivesItBackOnPurpose)
         EXPECT_EQ(uuid.asUuidString(), text);
         EXPECT_EQ(Uuid(uuid).asUuidString(), "00000000-0000-0000-0000-000000000000");
     }
+}
+
+TEST(Uuid, takesItsBytesFromTheTextUpToANullAndKeepsTheWholeText)
+{
+    std::string const text = upperText + std::string("\0more", 5);
+    Uuid const uuid(text);
+
+    EXPECT_TRUE(uuid == Uuid(lowerText));
+    EXPECT_EQ(uuid.asUuidString(), text);
 }
 
 TEST(Uuid, takesTheEmptyTextForNone)
