@@ -2,6 +2,7 @@
 
 #include "tests/metadata/elements.h"
 #include "tests/support/printed_by.h"
+#include "tests/support/vtable_slot.h"
 #include "zelm/metadata/writer_json.h"
 
 #include <gtest/gtest.h>
@@ -22,11 +23,14 @@ using MetaData::Testing::integer;
 using MetaData::Testing::object;
 using MetaData::Testing::string;
 using Zelm::Testing::printedBy;
+using Zelm::Testing::slotOf;
 
 using Parts = std::vector<std::string>;
 
 static_assert(std::is_base_of_v<MetaData::ReflectorArray<std::string>, ReflectedAddress>);
+static_assert(sizeof(ReflectedAddress) == sizeof(MetaData::ReflectorArray<std::string>), "no data of its own");
 static_assert(std::has_virtual_destructor_v<SenderId>);
+static_assert(sizeof(SenderId) == sizeof(void*) + sizeof(Parts), "its parts and nothing else");
 static_assert(!std::is_default_constructible_v<ReflectedAddress>);
 
 std::string printed(Parts const& address)
@@ -64,6 +68,30 @@ TEST(ReflectedAddress, isUnsetOrEmptyOrAsGivenAtFirst)
     EXPECT_EQ(letter.given(), (Parts{"a", "b"}));
 }
 
+TEST(ReflectedAddress, isNotEncodedAtFirst)
+{
+    Letter const letter;
+
+    EXPECT_FALSE(letter.optional.encoded());
+    EXPECT_FALSE(letter.required.encoded());
+    EXPECT_FALSE(letter.given.encoded());
+}
+
+struct BehindAddress : ReflectedAddress {
+    virtual void next() = 0;
+};
+
+TEST(ReflectedAddress, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    using Array = MetaData::ReflectorArray<std::string>;
+
+    EXPECT_EQ(slotOf(&ReflectedAddress::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&ReflectedAddress::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(static_cast<void (Array::*)(Parts const&)>(&Array::assign)), 4);
+    EXPECT_EQ(slotOf(static_cast<void (Array::*)(Element const&)>(&Array::assign)), 5);
+    EXPECT_EQ(slotOf(&BehindAddress::next), 6);
+}
+
 TEST(ReflectedAddress, isAPlainArrayOfStringsUnderItsName)
 {
     EXPECT_EQ(jsonOf(Letter()), R"({"given":["a","b"],"required":[]})");
@@ -84,6 +112,14 @@ TEST(ReflectedAddress, readsAsTheEmptyListWhileUnsetOnPurpose)
     EXPECT_EQ(letter.optional(), Parts());
     EXPECT_FALSE(letter.optional.initialized());
     EXPECT_EQ(printed(letter.optional()), "{  }");
+}
+
+TEST(ReflectedAddress, sharesTheEmptyListWithEveryOtherUnsetOne)
+{
+    ReflectedAddress const first(nullptr, "first", false);
+    ReflectedAddress const second(nullptr, "second", false);
+
+    EXPECT_EQ(&first(), &second());
 }
 
 TEST(ReflectedAddress, readsAsTheEmptyListAfterResetToo)
@@ -231,6 +267,17 @@ TEST(ReflectedAddressFromAnObject, isUnsetIfThereIsNoSuchMember)
     EXPECT_EQ(std::as_const(letter).optional(), Parts());
 }
 
+TEST(ReflectedAddressFromAnObject, releasesTheOldPartsIfThereIsNoSuchMember)
+{
+    Letter letter;
+    letter.optional = Parts{"old"};
+
+    letter.optional = Object();
+
+    EXPECT_EQ(letter.optional(), Parts());  // set now, by the write access
+    EXPECT_EQ(letter.optional().capacity(), 0u);
+}
+
 TEST(ReflectedAddressFromAnObject, isEmptiedAndStaysSetIfItIsRequiredAndThereIsNoSuchMember)
 {
     Letter letter;
@@ -346,6 +393,15 @@ TEST(SenderId, comparesLengthAndPartsPositionByPosition)
     EXPECT_TRUE(SenderId({"a", "b"}) != SenderId({"a"}));
     EXPECT_FALSE(SenderId({"a"}) == SenderId({"a", "b"}));
     EXPECT_TRUE(SenderId({}) == SenderId({}));
+}
+
+struct BehindSenderId : SenderId {
+    virtual void next() = 0;
+};
+
+TEST(SenderId, hasNoVirtualFunctionButItsDestructor)
+{
+    EXPECT_EQ(slotOf(&BehindSenderId::next), 2);
 }
 
 // ----------------------------------------------------------------------------------------------------------- inTree

@@ -2,6 +2,7 @@
 
 #include "tests/metadata/elements.h"
 #include "tests/support/throws_text.h"
+#include "tests/support/vtable_slot.h"
 #include "zelm/metadata/reflector.h"
 
 #include <gtest/gtest.h>
@@ -21,11 +22,13 @@ using MetaData::Testing::identical;
 using MetaData::Testing::integer;
 using MetaData::Testing::number;
 using MetaData::Testing::string;
+using Testing::slotOf;
 using Testing::throwsText;
 
 constexpr unsigned short any = 65535;
 
 static_assert(std::is_base_of_v<MetaData::PartiallySerializableInterface, Identifier>);
+static_assert(sizeof(Identifier) == sizeof(void*) + sizeof(unsigned long), "its value and nothing else");
 static_assert(Identifier::toValue(1, 2, 3, 4) == 0x0001000200030004);
 
 Identifier id(unsigned short category, unsigned short sub1, unsigned short sub2, unsigned short type)
@@ -90,6 +93,25 @@ TEST(Identifier, isCopiedAndAssignedAsAValue)
 
     EXPECT_EQ(target.value(), 7u);
     EXPECT_EQ(Identifier(source).value(), 7u);
+}
+
+struct BehindIdentifier : Identifier {
+    virtual void next() = 0;
+};
+
+TEST(Identifier, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    EXPECT_EQ(slotOf(&Identifier::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&Identifier::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(&BehindIdentifier::next), 4);
+}
+
+TEST(Identifier, isFoundAgainBehindItsInterfaceWithoutADynamicCast)
+{
+    Identifier const identifier(7);
+    MetaData::PartiallySerializableInterface const& behind = identifier;
+
+    EXPECT_EQ(static_cast<Identifier const&>(behind).value(), 7u);  // virtual inheritance would not let it through
 }
 
 // ------------------------------------------------------------------------------------------------------------ covers
@@ -273,11 +295,16 @@ TEST(Identifier, keepsItsValueIfAFieldIsNoNumber)
 
 TEST(Identifier, readsItsFieldsInTheirOrderSoThatTheFirstFaultIsTheOneReported)
 {
-    Identifier identifier(7);
-    Element const source = array({boolean(true), integer(2)});
+    Element const good = integer(1);
+    Element const bad = boolean(true);
+    Element const worse = string("4");
 
-    EXPECT_THAT([&] { identifier.copyFromMetaData(source); },
-                throwsText<MetaData::Exception>("Bad cast: Can't convert MetaData Boolean to Integer"));
+    for (Element const& source : {array({bad}), array({bad, worse}), array({good, bad, worse, worse}),
+                                  array({good, good, bad, worse}), array({good, good, bad})}) {
+        Identifier identifier(7);
+        EXPECT_THAT([&] { identifier.copyFromMetaData(source); },
+                    throwsText<MetaData::Exception>("Bad cast: Can't convert MetaData Boolean to Integer"));
+    }
 }
 
 // ------------------------------------------------------------------------------------------------------- as a member
