@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <utility>
 
 namespace Zelm::Msgs {
@@ -37,6 +38,17 @@ TEST(ExtendedFields, mayBeCalledDataInAClassThatReflectsAMemberOfThatNameOnPurpo
     EXPECT_PRED2(identical, formOf(payload)["Data"], string("content"));
 }
 
+TEST(ExtendedFields, areNotThereUnderANameThatIsNotValidEvenIfAnAssignmentBroughtOne)
+{
+    Payload payload("content");
+    payload.setExtendedField("Data", Note("brought along"));
+    Message plain(kind);
+
+    plain = payload;
+
+    EXPECT_FALSE(plain.hasExtendedField("Data"));
+}
+
 TEST(ExtendedFields, areThereOnceSet)
 {
     Message message(kind, {}, {});
@@ -48,7 +60,7 @@ TEST(ExtendedFields, areThereOnceSet)
     EXPECT_PRED2(identical, message.extendedField("note"), object({{"text", string("hello")}}));
 }
 
-TEST(ExtendedFields, countForAddressesAsWhetherTheseAreSet)
+TEST(ExtendedFields, countForAddressesAsWhetherTheseAreSetOnPurpose)
 {
     Message message(kind, {}, {});
     message.setExtendedField("DestID", Note("not looked at"));
@@ -74,7 +86,7 @@ TEST(ExtendedFields, takeEveryClassThatWritesItself)
     EXPECT_PRED2(identical, message.extendedField("identifier"), kindForm);
 }
 
-TEST(ExtendedFields, areNotClearedBeforeTheyAreWritten)
+TEST(ExtendedFields, areNotClearedBeforeTheyAreWrittenOnPurpose)
 {
     Message message(kind, {}, {});
     message.setExtendedField("note", Note("kept"));
@@ -91,6 +103,21 @@ TEST(ExtendedFields, areCreatedAsNullEvenIfTheValueWritesNothing)
     message.setExtendedField("note", Note());
 
     EXPECT_TRUE(message.hasExtendedField("note"));
+    EXPECT_PRED2(identical, message.extendedField("note"), Element());
+}
+
+/// Can't write itself.
+struct Unwritable : MetaData::PartiallySerializableInterface {
+    void copyToMetaData(Element&) const override { throw std::runtime_error("unwritable"); }
+    void copyFromMetaData(Element const&) override {}
+};
+
+TEST(ExtendedFields, areCreatedBeforeTheValueFailsToWriteItself)
+{
+    Message message(kind, {}, {});
+
+    EXPECT_THAT([&] { message.setExtendedField("note", Unwritable()); }, throwsText<std::runtime_error>("unwritable"));
+
     EXPECT_PRED2(identical, message.extendedField("note"), Element());
 }
 
@@ -127,6 +154,18 @@ TEST(ExtendedFields, turnASenderIdIntoTheAddressOfThatName)
     EXPECT_EQ(std::as_const(message).destID(), (Parts{"x"}));
     EXPECT_THAT([&] { static_cast<void>(message.extendedField("SenderID")); },
                 throwsText<Exception::InvalidParameter>("Invalid Parameter: Object member not found: SenderID"));
+}
+
+TEST(ExtendedFields, turnASenderIdWithoutPartsIntoAnAddressThatIsSet)
+{
+    Message message(kind, {"a"}, {});
+
+    message.setExtendedField("SenderID", SenderId({}));
+    message.setExtendedField("DestID", SenderId({}));
+
+    EXPECT_TRUE(hasDestID(message));
+    EXPECT_PRED2(identical, formOf(message)["SenderID"], array({}));
+    EXPECT_PRED2(identical, formOf(message)["DestID"], array({}));
 }
 
 TEST(ExtendedFields, turnASenderIdIntoNothingElse)

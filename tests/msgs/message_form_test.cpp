@@ -42,6 +42,7 @@ TEST(MessageForm, hasAnEmptyArrayForAnAddressThatIsSetAndEmpty)
 
     message.senderID();
 
+    EXPECT_TRUE(hasSenderID(message));
     EXPECT_PRED2(identical, formOf(message)["SenderID"], array({}));
 }
 
@@ -91,6 +92,26 @@ TEST(MessageForm, leavesAnExtendedFieldStandingWhoseMemberIsUnsetOnPurpose)
 
     EXPECT_PRED2(identical, formOf(message)["SenderID"], object({{"text", string("shown")}}));
     EXPECT_FALSE(message.hasExtendedField("SenderID"));
+}
+
+/// A message with a member that is an object itself.
+struct Noted : Message {
+    Noted() : Message(kind) {}
+
+    MetaData::Reflector<Note, true, true> note{this, "note"};
+};
+
+TEST(MessageForm, letsAMemberThatIsAnObjectWriteIntoTheExtendedFieldOfItsNameOnPurpose)
+{
+    Noted message;
+    message.copyFromMetaData(form({{"note", object({{"text", string("read")}, {"foreign", integer(1)}})}}));
+    EXPECT_EQ(message.note().text(), "read");
+
+    message.note.assign(Note("changed"));
+    EXPECT_PRED2(identical, formOf(message)["note"], object({{"text", string("changed")}, {"foreign", integer(1)}}));
+
+    message.note.assign(Note());
+    EXPECT_PRED2(identical, formOf(message)["note"], object({{"text", string("read")}, {"foreign", integer(1)}}));
 }
 
 TEST(MessageForm, canBecomeAnExtendedFieldOfTheMessageItself)
@@ -251,6 +272,23 @@ TEST(MessageReading, printsALineForAnAddressThatIsNoArrayAndKeepsIt)
     EXPECT_EQ(std::as_const(message).senderID(), (Parts{"old"}));
 }
 
+TEST(MessageReading, readsTheMembersInTheirOrder)
+{
+    struct Tagged : Message {
+        Tagged() : Message(kind) {}
+        MetaData::ReflectorArray<std::string> tags{this, "A tag", false};
+    } message;
+    Element const bad = array({integer(1)});
+
+    std::string const out = printedBy([&] {
+        message.copyFromMetaData(form({{"A tag", bad}, {"DestID", bad}, {"SenderID", bad}}));
+    });
+
+    EXPECT_EQ(out, "Exception MetaDat::ReflectorArray MetaData Array corrupt for SenderID\n"
+                   "Exception MetaDat::ReflectorArray MetaData Array corrupt for DestID\n"
+                   "Exception MetaDat::ReflectorArray MetaData Array corrupt for A tag\n");
+}
+
 TEST(MessageReading, keepsEveryMemberOfTheFormAsAnExtendedFieldOnPurpose)
 {
     Message message(kind, {}, {});
@@ -338,6 +376,18 @@ TEST(MessageReading, doesNotChangeTheSource)
     message.copyFromMetaData(source);
 
     EXPECT_PRED2(identical, source, make());
+}
+
+TEST(MessageReading, refusesAnotherKindEvenIfOneOfTheTwoCoversTheOther)
+{
+    Message exact(kind);
+    Message pattern(kind | 0xFFFF);
+    Element const exactForm = formOf(exact);
+    Element const patternForm = formOf(pattern);
+
+    auto const refused = throwsText<Exception::InvalidParameter>("Invalid Parameter: Can't copy Message IDs not same");
+    EXPECT_THAT([&] { exact.copyFromMetaData(patternForm); }, refused);
+    EXPECT_THAT([&] { pattern.copyFromMetaData(exactForm); }, refused);
 }
 
 /// A message in which everything that a refused form could change is set.

@@ -2,9 +2,13 @@
 
 #include "tests/msgs/messages.h"
 #include "tests/support/printed_by.h"
+#include "tests/support/vtable_slot.h"
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iostream>
+#include <sstream>
 #include <thread>
 #include <type_traits>
 #include <utility>
@@ -15,6 +19,7 @@ namespace {
 using namespace Testing;
 using Exts::SenderId;
 using Zelm::Testing::printedBy;
+using Zelm::Testing::slotOf;
 
 static_assert(std::is_base_of_v<MetaData::MirroredObject, Message>);
 static_assert(!std::is_convertible_v<unsigned long, Message>);
@@ -85,6 +90,27 @@ TEST(Message, requiresItsIdentifierAndItsUuidButNoAddress)
     EXPECT_FALSE(message.destID.isRequired());
     for (char const* name : {"SenderID", "DestID", "MessageID", "MsgUUID"})
         EXPECT_TRUE(message.hasMember(name)) << name;
+}
+
+TEST(Message, hasItsMembersInTheOrderInWhichTheyAreWritten)
+{
+    Message const message(7, {"a"}, {"x"});
+    std::less<void const*> const before;
+
+    EXPECT_TRUE(before(&message.senderID, &message.destID));
+    EXPECT_TRUE(before(&message.destID, &message.id()));
+    EXPECT_TRUE(before(&message.id(), &message.msgUUID));
+}
+
+struct BehindMessage : Message {
+    virtual void next() = 0;
+};
+
+TEST(Message, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    EXPECT_EQ(slotOf(&Message::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&Message::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(&BehindMessage::next), 4);
 }
 
 // ----------------------------------------------------------------------------------- copying, assigning, comparing
@@ -250,6 +276,50 @@ TEST(PrintMessage, writesTheFormattedFormAndAnEndOfLine)
                                                              "\t\t\"a\"\n"
                                                              "\t]\n"
                                                              "}\n");
+}
+
+/// Writes itself in its own way.
+struct Secret : Payload {
+    using Payload::Payload;
+    void copyToMetaData(Element& target) const override { target = string("not shown"); }
+};
+
+TEST(PrintMessage, letsTheMessagesOwnClassWriteTheForm)
+{
+    EXPECT_EQ(printedBy([] { printMessage(Secret("content")); }), "\"not shown\"\n");
+}
+
+/// Keeps what had been written at the last flush.
+struct FlushedText : std::stringbuf {
+    int sync() override
+    {
+        text = str();
+        return 0;
+    }
+    std::string text;
+};
+
+/// Standard output goes to another buffer while this lives.
+class StandardOutputTo {
+public:
+    explicit StandardOutputTo(std::streambuf& buffer) : before_(std::cout.rdbuf(&buffer)) {}
+    StandardOutputTo(StandardOutputTo const&) = delete;
+    StandardOutputTo& operator=(StandardOutputTo const&) = delete;
+    ~StandardOutputTo() { std::cout.rdbuf(before_); }
+
+private:
+    std::streambuf* before_;
+};
+
+TEST(PrintMessage, flushesWhatItHasWritten)
+{
+    FlushedText out;
+    {
+        StandardOutputTo const redirection(out);
+        printMessage(Secret("content"));
+    }
+
+    EXPECT_EQ(out.text, "\"not shown\"\n");
 }
 
 // ---------------------------------------------------------------------------------------------------------- threads
