@@ -31,9 +31,11 @@ TEST(ProcDirectory, isRefusedUnlessItIsAbsolute)
 TEST(ProcDirectory, isTheOnlyArgument)
 {
     EXPECT_THAT([] { parseProcDirectory({"--porc=/x"}); },
-                throwsText<InvalidParameter>("Invalid Parameter: unknown argument \"--porc=/x\", expected --proc=DIR"));
+                throwsText<InvalidParameter>("Invalid Parameter: unknown argument \"--porc=/x\", expected --proc=DIR, "
+                                             "--period=SECONDS or --readings=N"));
     EXPECT_THAT([] { parseProcDirectory({"/x"}); },
-                throwsText<InvalidParameter>("Invalid Parameter: unknown argument \"/x\", expected --proc=DIR"));
+                throwsText<InvalidParameter>("Invalid Parameter: unknown argument \"/x\", expected --proc=DIR, "
+                                             "--period=SECONDS or --readings=N"));
 }
 
 TEST(MountPoints, areTheRootUnlessOthersAreGiven)
@@ -52,7 +54,8 @@ TEST(MountPoints, areAbsolutePathsAndNoOptions)
     EXPECT_THAT([] { parseMountPoints({""}); },
                 throwsText<InvalidParameter>("Invalid Parameter: \"\" is no absolute path"));
     EXPECT_THAT([] { parseMountPoints({"--all"}); },
-                throwsText<InvalidParameter>("Invalid Parameter: unknown argument \"--all\", expected mount points"));
+                throwsText<InvalidParameter>("Invalid Parameter: unknown argument \"--all\", expected mount points, "
+                                             "--period=SECONDS or --readings=N"));
 }
 
 }  // namespace HostMonitor

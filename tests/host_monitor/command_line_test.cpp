@@ -24,25 +24,28 @@ std::optional<Options> parse(std::vector<char const*> arguments)
 
 }  // namespace
 
-TEST(CommandLine, hasADefaultForEverything)
+TEST(CommandLine, leavesToTheConfigurationWhatIsntAskedFor)
 {
     auto const options = parse({});
 
     ASSERT_TRUE(options);
     EXPECT_EQ(options->configuration, "/etc/default.json");
-    EXPECT_EQ(options->interval, 1s);
-    EXPECT_EQ(options->samples, 0U);
+    EXPECT_FALSE(options->interval);
+    EXPECT_FALSE(options->samples);
+    EXPECT_FALSE(options->summary);
     EXPECT_FALSE(options->list);
 }
 
 TEST(CommandLine, takesTheUsersWishes)
 {
-    auto const options = parse({"--config", "mine.json", "--interval", "0.25", "--samples", "7", "--list"});
+    auto const options =
+        parse({"--config", "mine.json", "--interval", "0.25", "--samples", "7", "--summary", "--list"});
 
     ASSERT_TRUE(options);
     EXPECT_EQ(options->configuration, "mine.json");
     EXPECT_EQ(options->interval, 250ms);
     EXPECT_EQ(options->samples, 7U);
+    EXPECT_TRUE(options->summary);
     EXPECT_TRUE(options->list);
 }
 
@@ -79,7 +82,7 @@ TEST(CommandLine, showsItsOptionsWhenItIsAskedForHelp)
     std::string const help = printedBy([&] { options = parse({"--help"}); });
 
     EXPECT_FALSE(options);
-    for (char const* const option : {"--config FILE", "--interval SECONDS", "--samples N", "--list"})
+    for (char const* const option : {"--config FILE", "--interval SECONDS", "--samples N", "--summary", "--list"})
         EXPECT_THAT(help, HasSubstr(option));
 }
 

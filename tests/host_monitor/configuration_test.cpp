@@ -33,6 +33,17 @@ TEST(Configuration, saysWhichComponentsThereAre)
     EXPECT_THAT(configuration.components[2].arguments, IsEmpty());
 }
 
+TEST(Configuration, handsArgumentsThatAreObjectsOnAsJsonText)
+{
+    auto const configuration = parseConfiguration(R"({
+        "components" : [
+            { "id" : "a", "type" : "A", "arguments" : [ { "sensor" : "cpu", "above" : 90.5, "x" : [ true ] }, "b" ] }
+        ]
+    })");
+
+    EXPECT_THAT(configuration.components[0].arguments, ElementsAre(R"({"above":90.5,"sensor":"cpu","x":[true]})", "b"));
+}
+
 TEST(Configuration, mayEndWithWhiteSpace)
 {
     EXPECT_EQ(parseConfiguration("{\"components\":[{\"id\":\"a\",\"type\":\"A\"}]} \n\t\n").components.size(), 1U);
@@ -76,9 +87,9 @@ TEST(Configuration, isRefusedWithTheReason)
         {"{\"components\":[{\"id\":\"a\",\"type\":\"\"}]}",
          "\"type\" must be a string that isn't empty in component 1"},
         {"{\"components\":[{\"id\":\"a\",\"type\":\"A\",\"arguments\":\"x\"}]}",
-         "\"arguments\" must be an array of strings in component 1"},
+         "\"arguments\" must be an array of strings and objects in component 1"},
         {"{\"components\":[{\"id\":\"a\",\"type\":\"A\",\"arguments\":[1]}]}",
-         "\"arguments\" must be an array of strings in component 1"},
+         "\"arguments\" must be an array of strings and objects in component 1"},
         {"{\"components\":[{\"id\":\"a\",\"type\":\"A\",\"argument\":[]}]}",
          "unknown member \"argument\" in component 1"},
         {"{\"components\":[{\"id\":\"a\",\"type\":\"A\"},{\"id\":\"a\",\"type\":\"B\"}]}",

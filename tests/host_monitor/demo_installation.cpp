@@ -17,6 +17,11 @@ std::string quoted(std::string const& text)
     return '"' + text + '"';
 }
 
+bool isObject(std::string const& argument)
+{
+    return !argument.empty() && argument.front() == '{';
+}
+
 }  // namespace
 
 DemoInstallation::DemoInstallation()
@@ -24,7 +29,8 @@ DemoInstallation::DemoInstallation()
     for (char const* const name : {"bin", "lib", "etc"})
         fs::create_directory(directory_ / name);
     fs::copy(HOST_MONITOR_PROGRAM, directory_ / "bin");
-    for (char const* const library : {HOST_SENSORS_LIBRARY, HOST_REPORTERS_LIBRARY})
+    for (char const* const library : {HOST_COMMON_LIBRARY, HOST_SENSORS_LIBRARY, HOST_ALARMS_LIBRARY,
+                                      HOST_REPORTERS_LIBRARY, ZELM_MESSAGING_LIBRARY})
         fs::copy(fs::canonical(library), directory_ / "lib");
     auto const core = fs::canonical(ZELM_CORE_LIBRARY);
     fs::copy(core, directory_ / "lib");
@@ -72,7 +78,7 @@ std::string component(std::string const& id, std::string const& type, std::vecto
 {
     std::string list;
     for (auto const& argument : arguments)
-        list += (list.empty() ? "" : ",") + quoted(argument);
+        list += (list.empty() ? "" : ",") + (isObject(argument) ? argument : quoted(argument));
     return "{\"id\":" + quoted(id) + ",\"type\":" + quoted(type) + ",\"arguments\":[" + list + "]}";
 }
 

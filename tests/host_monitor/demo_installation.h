@@ -34,7 +34,7 @@ private:
     Zelm::Testing::TemporaryDirectory directory_;
 };
 
-/// One component's line of a configuration.
+/// One component's line of a configuration. An argument that begins with a brace is taken for a JSON object.
 std::string component(std::string const& id, std::string const& type, std::vector<std::string> const& arguments = {});
 
 }  // namespace HostMonitor::Testing

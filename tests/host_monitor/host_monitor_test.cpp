@@ -25,17 +25,26 @@ using Zelm::Testing::writeFile;
 
 namespace {
 
-constexpr char const* listWithoutLoading = "TYPE               LIBRARY\n"
-                                           "CpuSensor          libHostSensors.so.1.0.0\n"
-                                           "DiskSensor         libHostSensors.so.1.0.0\n"
-                                           "JsonLinesReporter  libHostReporters.so.1.0.0\n"
-                                           "MemorySensor       libHostSensors.so.1.0.0\n"
-                                           "NetworkSensor      libHostSensors.so.1.0.0\n"
-                                           "TableReporter      libHostReporters.so.1.0.0\n"
+constexpr char const* listWithoutLoading = "TYPE                    LIBRARY\n"
+                                           "CallbackMessageQueue    libZelmMessaging.so.0.1.0\n"
+                                           "CpuSensor               libHostSensors.so.1.0.0\n"
+                                           "DiskSensor              libHostSensors.so.1.0.0\n"
+                                           "FixedDepthMessageQueue  libZelmMessaging.so.0.1.0\n"
+                                           "JsonLinesReporter       libHostReporters.so.1.0.0\n"
+                                           "MemorySensor            libHostSensors.so.1.0.0\n"
+                                           "MessageDispatcher       libZelmMessaging.so.0.1.0\n"
+                                           "MessageQueue            libZelmMessaging.so.0.1.0\n"
+                                           "NetworkSensor           libHostSensors.so.1.0.0\n"
+                                           "TableReporter           libHostReporters.so.1.0.0\n"
+                                           "ThresholdAlarm          libHostAlarms.so.1.0.0\n"
                                            "component libraries loaded to tell this: none\n";
+
+constexpr char const* componentLibraries[] = {"libHostAlarms.so.1.0.0", "libHostReporters.so.1.0.0",
+                                              "libHostSensors.so.1.0.0", "libZelmMessaging.so.0.1.0"};
 
 std::string const readsNothing = component("s", "MemorySensor", {"--proc=/absent"});
 std::string const writesLines = component("r", "JsonLinesReporter", {"-"});
+std::string const writesNowhere = component("r", "JsonLinesReporter", {"/dev/null"});
 
 std::vector<std::string> linesOf(std::string const& text)
 {
@@ -76,8 +85,9 @@ TEST_F(HostMonitor, loadsTheLibrariesAtItsFirstStartToBuildTheMap)
 {
     auto const child = installation.run({"--list"});
 
-    EXPECT_THAT(child.out, HasSubstr("component libraries loaded to tell this: libHostReporters.so.1.0.0, "
-                                     "libHostSensors.so.1.0.0\n"));
+    EXPECT_THAT(child.out,
+                HasSubstr("component libraries loaded to tell this: libHostAlarms.so.1.0.0, "
+                          "libHostReporters.so.1.0.0, libHostSensors.so.1.0.0, libZelmMessaging.so.0.1.0\n"));
     EXPECT_EQ(child.err, "Failed to open: " + (installation / "lib//CMP_ComponentsMap.json") + "\n");
     EXPECT_EQ(child.status, 0);
 }
@@ -97,9 +107,9 @@ TEST_F(HostMonitor, loadsNoLibraryAtItsSecondStartBeforeItCreatesTheFirstCompone
     auto const second = installation.run(arguments);
 
     // The witness is the first component, and its own library alone has to be there when it is created.
-    EXPECT_THAT(first.out, StartsWith("{\"libraries\":[\"libHostReporters.so.1.0.0\",\"libHostSensors.so.1.0.0\","
-                                      "\"libWitnesses.so.1.0.0\"]"));
-    EXPECT_THAT(second.out, StartsWith("{\"libraries\":[\"libWitnesses.so.1.0.0\"]"));
+    EXPECT_THAT(first.out, HasSubstr("\"libraries\":[\"libHostAlarms.so.1.0.0\",\"libHostReporters.so.1.0.0\","
+                                     "\"libHostSensors.so.1.0.0\",\"libWitnesses.so.1.0.0\"]"));
+    EXPECT_THAT(second.out, HasSubstr("\"libraries\":[\"libWitnesses.so.1.0.0\"]"));
     EXPECT_THAT(second.out, HasSubstr("\"cores\":["));
     EXPECT_EQ(second.err, "");
 }
@@ -132,7 +142,7 @@ TEST_F(HostMonitor, saysThatTheListCouldntBeWritten)
 
 TEST_F(HostMonitor, saysThatThereAreNoTypesToList)
 {
-    for (char const* const name : {"libHostSensors.so.1.0.0", "libHostReporters.so.1.0.0"})
+    for (char const* const name : componentLibraries)
         std::filesystem::remove(installation / (std::string("lib/") + name));
     writeFile(installation / "lib/libBroken.so.1", "no library at all");
     auto const child = installation.run({"--list"});
@@ -181,8 +191,8 @@ TEST_F(HostMonitor, keepsWhatLibrariesSayWhileTheMapIsBuiltOutOfItsOutput)
 
     EXPECT_EQ(child.err, "Failed to open: " + (installation / "lib//CMP_ComponentsMap.json") +
                              "\nWitnesses loaded\nWitnesses loaded\n");
-    EXPECT_THAT(child.out, StartsWith("{\"error\":"));
-    EXPECT_EQ(linesOf(child.out).size(), 1U);
+    // The reading, and that there won't be another.
+    EXPECT_THAT(linesOf(child.out), ElementsAre(HasSubstr("\"error\":"), HasSubstr("\"published\":1")));
 }
 
 TEST_F(HostMonitor, worksWithoutAStandardErrorToSendDiagnosticsTo)
@@ -219,25 +229,60 @@ TEST_F(HostMonitor, writesJsonLinesWithItsOtherConfiguration)
 
     EXPECT_EQ(child.err, "");
     EXPECT_EQ(child.status, 0);
-    auto const lines = linesOf(child.out);
-    ASSERT_EQ(lines.size(), 12U);
-    for (std::size_t i = 0; i < lines.size(); i += 4) {
-        EXPECT_THAT(lines[i], AllOf(HasSubstr("\"sensor\":\"cpu\""), HasSubstr("\"cores\":[")));
-        EXPECT_THAT(lines[i + 1], AllOf(HasSubstr("\"sensor\":\"memory\""), HasSubstr("\"totalBytes\":")));
-        EXPECT_THAT(lines[i + 2], AllOf(HasSubstr("\"sensor\":\"disk\""), HasSubstr("\"mountPoint\":\"/\"")));
-        EXPECT_THAT(lines[i + 3], AllOf(HasSubstr("\"sensor\":\"network\""), HasSubstr("\"interface\":\"lo\"")));
+    struct Row {
+        char const* sensor;
+        char const* field;
+    };
+    for (auto const& row :
+         {Row{"\"cpu\",\"cpu\"]", "\"cores\":["}, Row{"\"memory\",\"memory\"]", "\"totalBytes\":"},
+          Row{"\"disk\",\"disk\"]", "\"mountPoint\":\"/\""}, Row{"\"network\",\"network\"]", "\"interface\":\"lo\""}}) {
+        SCOPED_TRACE(row.sensor);
+        auto const lines = linesOf(child.out);
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                                [&](std::string const& line) {
+                                    return line.find(row.sensor) != std::string::npos &&
+                                           line.find(row.field) != std::string::npos;
+                                }),
+                  3);
     }
+}
+
+TEST_F(HostMonitor, showsAlarmsWithTheConfigurationThatRaisesThem)
+{
+    installation.buildMap();
+    auto const child =
+        installation.run({"--config", installation / "etc/alarms.json", "--interval", "0", "--samples", "1"});
+
+    EXPECT_EQ(child.err, "");
+    EXPECT_THAT(child.out, ContainsRegex("\nALARM memory: used % is [0-9.]+, above 1.0\n"));
+    EXPECT_THAT(child.out, ContainsRegex("\nALARM disk: file systems used % is [0-9.]+, below 100.0\n"));
 }
 
 TEST_F(HostMonitor, servesSeveralReportersAtOnce)
 {
     auto const child = sample({readsNothing, component("t", "TableReporter"),
-                               component("f", "JsonLinesReporter", {installation / "log"}), writesLines});
+                               component("f", "JsonLinesReporter", {installation / "log"}),
+                               component("g", "JsonLinesReporter", {installation / "log2"})});
 
     EXPECT_EQ(child.status, 0);
-    auto const line = readFile(installation / "log");
-    EXPECT_THAT(line, HasSubstr("\"error\":\"/absent/meminfo: No such file or directory\""));
-    EXPECT_THAT(child.out, EndsWith("\n\n" + line));
+    EXPECT_THAT(child.out, HasSubstr("  /absent/meminfo: No such file or directory"));
+    auto const log = readFile(installation / "log");
+    EXPECT_THAT(log, HasSubstr("\"error\":\"/absent/meminfo: No such file or directory\""));
+    EXPECT_EQ(readFile(installation / "log2"), log);
+}
+
+TEST_F(HostMonitor, takesTheScheduleOfEachSensorFromTheConfigurationUnlessItIsToldAnother)
+{
+    installation.buildMap();
+    auto const path =
+        installation.configure({component("a", "MemorySensor", {"--period=0", "--readings=2"}),
+                                component("b", "MemorySensor", {"--period=0.001", "--readings=3", "--proc=/absent"}),
+                                component("r", "JsonLinesReporter", {"/dev/null"})});
+
+    EXPECT_EQ(installation.run({"--config", path, "--summary"}).err,
+              "a published 2 messages\nb published 3 messages\nr reported 7 messages\n");
+    EXPECT_EQ(installation.run({"--config", path, "--summary", "--samples", "1"}).err,
+              "a published 1 message\nb published 1 message\nr reported 4 messages\n");
 }
 
 TEST_F(HostMonitor, takesTheInstallationThatZelmDirNames)
@@ -306,7 +351,23 @@ TEST_F(HostMonitor, refusesWhatItCantUseInOneLine)
          "--list)"},
         {"wrong arguments of a sensor",
          {component("cpu", "CpuSensor", {"x"}), writesLines},
-         "component \"cpu\": Invalid Parameter: unknown argument \"x\", expected --proc=DIR"},
+         "component \"cpu\": Invalid Parameter: unknown argument \"x\", expected --proc=DIR, --period=SECONDS or "
+         "--readings=N"},
+        {"a wrong schedule",
+         {component("cpu", "CpuSensor", {"--period=x"}), writesLines},
+         "component \"cpu\": Invalid Parameter: \"x\" is no period, expected seconds between 0 and 1000000"},
+        {"an alarm without thresholds",
+         {readsNothing, component("a", "ThresholdAlarm"), writesLines},
+         "component \"a\": Invalid Parameter: there are no thresholds"},
+        {"a threshold without a field",
+         {readsNothing, component("a", "ThresholdAlarm", {R"({"sensor":"s","above":1})"}), writesLines},
+         "component \"a\": Invalid Parameter: \"field\" is missing in threshold 1"},
+        {"a threshold for a sensor that isn't there",
+         {readsNothing, component("a", "ThresholdAlarm", {R"({"sensor":"cpu","field":"f","above":1})"}), writesLines},
+         "component \"a\": there is no sensor \"cpu\""},
+        {"a threshold for a component that is no sensor",
+         {readsNothing, component("a", "ThresholdAlarm", {R"({"sensor":"r","field":"f","above":1})"}), writesLines},
+         "component \"a\": there is no sensor \"r\""},
         {"wrong arguments of the table",
          {readsNothing, component("t", "TableReporter", {"x"})},
          "component \"t\": Invalid Parameter: TableReporter takes no arguments"},
@@ -320,20 +381,28 @@ TEST_F(HostMonitor, refusesWhatItCantUseInOneLine)
         {"no reporter", {readsNothing}, "there is no reporter among the components"},
         {"a component of another kind",
          {component("b", "Bystander"), readsNothing, writesLines},
-         "component \"b\": the type \"Bystander\" is neither a sensor nor a reporter"},
+         "component \"b\": the type \"Bystander\" is neither a sensor nor an alarm nor a reporter"},
         {"the id of the core factory",
          {component("CoreComponentFactory", "CpuSensor"), writesLines},
          "component \"CoreComponentFactory\": the id is taken"},
         {"a component that throws anything",
          {component("x", "ThrowsNoException")},
          "component \"x\" has thrown something that is no std::exception"},
+        {"the id of the dispatcher",
+         {component("dispatcher", "CpuSensor"), writesLines},
+         "component \"dispatcher\": the id is taken"},
+        {"a reporter that fails to start",
+         {readsNothing, component("a2", "FailingReporter", {"start"})},
+         "component \"a2\": start failed"},
         {"a sensor without a reading",
-         {component("a2", "Failing", {"no reading"}), writesLines},
-         "component \"a2\" gave no reading"},
-        {"a sensor that fails", {component("a2", "Failing", {"take"}), writesLines}, "component \"a2\": take failed"},
+         {component("a2", "FailingSensor", {"no reading"}), writesNowhere},
+         "component \"a2\": no reading was taken"},
+        {"a sensor that fails",
+         {component("a2", "FailingSensor", {"take"}), writesNowhere},
+         "component \"a2\": take failed"},
         {"a sensor that throws anything",
-         {component("a2", "Failing", {"take int"}), writesLines},
-         "component \"a2\" has thrown something that is no std::exception"},
+         {component("a2", "FailingSensor", {"take int"}), writesNowhere},
+         "component \"a2\": something was thrown that is no std::exception"},
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.why);
@@ -357,7 +426,7 @@ TEST_F(HostMonitor, saysThatALibraryIsMissing)
 
 TEST_F(HostMonitor, saysThatThereAreNoLibrariesAtAll)
 {
-    for (char const* const name : {"libHostSensors.so.1.0.0", "libHostReporters.so.1.0.0"})
+    for (char const* const name : componentLibraries)
         std::filesystem::remove(installation / (std::string("lib/") + name));
     auto const child = installation.run({"--samples", "1"});
 
@@ -365,6 +434,29 @@ TEST_F(HostMonitor, saysThatThereAreNoLibrariesAtAll)
                              "host_monitor: component \"cpu\": Failed to Create Component Type \"CpuSensor\": No "
                              "Component Repository Data (looked in " +
                              (installation / "lib/") + ")\n");
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST_F(HostMonitor, saysThatThereIsNoDispatcher)
+{
+    installation.buildMap();
+    std::filesystem::remove(installation / "lib/libZelmMessaging.so.0.1.0");
+    auto const child = installation.run({"--samples", "1"});
+
+    EXPECT_EQ(child.err,
+              "host_monitor: component \"dispatcher\": Failed to Create Component Type \"MessageDispatcher\": "
+              "Library with factory is missing\n");
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST_F(HostMonitor, refusesToRunAsFastAsItCanWithoutEnd)
+{
+    installation.buildMap();
+    auto const child =
+        installation.run({"--config", installation.configure({readsNothing, writesNowhere}), "--interval", "0"});
+
+    EXPECT_EQ(child.err,
+              "host_monitor: component \"s\": Invalid Parameter: a period of 0 needs a number of readings\n");
     EXPECT_EQ(child.status, 1);
 }
 
@@ -398,53 +490,56 @@ TEST_F(HostMonitor, refusesArgumentsThatItDoesntKnow)
 
 // ---------------------------------------------------------------------------------------------------------------- end
 
-TEST_F(HostMonitor, endsEveryComponentAfterItsLastSample)
+TEST_F(HostMonitor, startsReceiversBeforeSendersAndEndsThemBehindWhateverTheirOrder)
 {
     installation.addWitnesses();
-    auto const child = sample({component("b", "LifeCycleWitness"), component("a", "LifeCycleWitness"),
-                               component("r", "JsonLinesReporter", {"/dev/null"})});
+    auto const child =
+        sample({component("s1", "SensorWitness"), component("a1", "AlarmWitness"), component("r1", "ReporterWitness"),
+                component("s2", "SensorWitness"), component("r2", "ReporterWitness"), component("a2", "AlarmWitness")});
 
-    // The last one first.
-    EXPECT_THAT(linesOf(child.out), ElementsAre("start b", "start a", "end a", "end b"));
+    EXPECT_THAT(linesOf(child.out),
+                ElementsAre("start r1", "start r2", "start a1", "start a2", "start s1", "start s2",  //
+                            "end s2", "end s1", "end a2", "end a1", "end r2", "end r1"));
+    EXPECT_EQ(child.err, "");
     EXPECT_EQ(child.status, 0);
 }
 
-TEST_F(HostMonitor, endsEveryComponentThatItHasStartedWhenItFails)
-{
-    installation.addWitnesses();
-    auto const child = sample({component("b", "LifeCycleWitness"), component("a", "LifeCycleWitness"),
-                               component("f", "JsonLinesReporter", {"/dev/full"})});
-
-    EXPECT_THAT(linesOf(child.out), ElementsAre("start b", "start a", "end a", "end b"));
-    EXPECT_EQ(child.status, 1);
-}
-
-TEST_F(HostMonitor, endsTheOtherComponentsWhenOneFailsToEnd)
+TEST_F(HostMonitor, endsEveryComponentThatItHasStartedWhenOneFails)
 {
     installation.addWitnesses();
     struct Row {
-        char const* fault;
-        std::string reason;
+        char const* why;
+        std::string reporter;
     };
-    Row const rows[] = {{"end", "component \"m\": end failed"},
-                        {"end int", "component \"m\" has thrown something that is no std::exception"}};
+    Row const rows[] = {{"while it runs", component("f", "JsonLinesReporter", {"/dev/full"})},
+                        {"when it ends", component("f", "FailingReporter", {"end"})},
+                        {"when it ends, with something else", component("f", "FailingReporter", {"end int"})}};
     for (auto const& row : rows) {
-        SCOPED_TRACE(row.fault);
-        auto const child =
-            sample({component("z", "LifeCycleWitness"), component("m", "Failing", {row.fault}),
-                    component("a", "LifeCycleWitness"), component("r", "JsonLinesReporter", {"/dev/null"})});
+        SCOPED_TRACE(row.why);
+        auto const child = sample({component("r", "ReporterWitness"), row.reporter, component("s", "SensorWitness")});
 
-        EXPECT_THAT(linesOf(child.out), ElementsAre("start z", "start a", "end a", "end z"));
-        EXPECT_EQ(child.err, "host_monitor: " + row.reason + "\n");
+        EXPECT_THAT(linesOf(child.out), ElementsAre("start r", "start s", "end s", "end r"));
+        EXPECT_THAT(child.err, StartsWith("host_monitor: component \"f\""));
         EXPECT_EQ(child.status, 1);
     }
 }
 
-TEST_F(HostMonitor, tellsTheFirstOfSeveralFailures)
+TEST_F(HostMonitor, endsWhatItHasStartedWhenAnotherFailsToStart)
 {
     installation.addWitnesses();
-    auto const child = sample({component("a", "Failing", {"end"}), component("b", "Failing", {"end int"}),
-                               component("f", "JsonLinesReporter", {"/dev/full"})});
+    auto const child = sample({component("r", "ReporterWitness"), component("f", "FailingReporter", {"start"}),
+                               component("s", "SensorWitness")});
+
+    EXPECT_THAT(linesOf(child.out), ElementsAre("start r", "end r"));
+    EXPECT_EQ(child.err, "host_monitor: component \"f\": start failed\n");
+}
+
+TEST_F(HostMonitor, tellsTheFailureOfTheRunBeforeThoseOfItsEnd)
+{
+    installation.addWitnesses();
+    auto const child =
+        sample({component("a", "FailingReporter", {"end"}), component("b", "FailingReporter", {"end int"}),
+                component("f", "JsonLinesReporter", {"/dev/full"}), readsNothing});
 
     EXPECT_EQ(child.err, "host_monitor: component \"f\": can't write /dev/full: No space left on device\n");
     EXPECT_EQ(child.status, 1);
@@ -454,16 +549,16 @@ TEST_F(HostMonitor, isEndedCleanlyByASignalInTheMiddleOfItsWait)
 {
     installation.addWitnesses();
     installation.buildMap();
-    auto const path = installation.configure(
-        {component("r", "JsonLinesReporter", {"/dev/null"}), component("w", "LifeCycleWitness")});
+    auto const path = installation.configure({component("r", "ReporterWitness"), component("w", "SensorWitness")});
     for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         SCOPED_TRACE(signal);
         RunningProgram program(installation.program(),
                                installation.options({"--config", path, "--interval", "100000"}));
+        EXPECT_EQ(program.readLine(), "start r");
         EXPECT_EQ(program.readLine(), "start w");
         program.send(signal);
 
-        EXPECT_EQ(program.readLine(), "end w");
+        EXPECT_EQ(program.readRest(), "end w\nend r\n");
         EXPECT_EQ(program.wait(), 0);
         EXPECT_EQ(program.errors(), "");
     }

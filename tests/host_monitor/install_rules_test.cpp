@@ -46,7 +46,8 @@ TEST(InstallRules, putProgramLibrariesAndConfigurationsInTheirPlaces)
     std::string const lib = CMAKE_LIBRARY_DIR;
 
     EXPECT_THAT(filesIn(root.path()),
-                ElementsAre("bin/host_monitor", "etc/host_monitor.json", "etc/json_lines.json",
+                ElementsAre("bin/host_monitor", "etc/alarms.json", "etc/host_monitor.json", "etc/json_lines.json",
+                            lib + "/libHostAlarms.so.1.0.0", lib + "/libHostCommon.so",
                             lib + "/libHostReporters.so.1.0.0", lib + "/libHostSensors.so.1.0.0"));
 }
 
@@ -74,9 +75,11 @@ TEST(InstallRules, leaveNothingOfTheBuildTreeInTheSearchPaths)
     install(root.path(), "host_monitor");
     std::string const lib = root / CMAKE_LIBRARY_DIR;
 
-    for (auto const& [file, path] : {std::pair(root / "bin/host_monitor", "[$ORIGIN/../lib]"),
-                                     std::pair(lib + "/libHostSensors.so.1.0.0", "[$ORIGIN]"),
-                                     std::pair(lib + "/libHostReporters.so.1.0.0", "[$ORIGIN]")}) {
+    for (auto const& [file, path] :
+         {std::pair(root / "bin/host_monitor", "[$ORIGIN/../lib]"), std::pair(lib + "/libHostCommon.so", "[$ORIGIN]"),
+          std::pair(lib + "/libHostAlarms.so.1.0.0", "[$ORIGIN]"),
+          std::pair(lib + "/libHostSensors.so.1.0.0", "[$ORIGIN]"),
+          std::pair(lib + "/libHostReporters.so.1.0.0", "[$ORIGIN]")}) {
         SCOPED_TRACE(file);
         auto const child = runProgram(READELF_PROGRAM, ChildOptions().with({"-d", file}));
         ASSERT_EQ(child.status, 0) << child.err;

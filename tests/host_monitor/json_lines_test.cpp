@@ -33,15 +33,23 @@ std::string const netHead =
     " face |bytes    packets errs drop fifo frame compressed multicast|bytes    packets errs drop fifo colls carrier "
     "compressed\n";
 
-/// The lines with what depends on the moment taken out: the time, and the length of an interval.
+/// The lines of readings, with what every message has taken out, and what depends on the moment: the time, and the
+/// length of an interval.
 std::vector<std::string> withoutMoments(std::string const& text)
 {
+    static std::regex const ofEveryMessage("\"(DestID|MessageID|SenderID)\":\\[[^\\]]*\\],?|"
+                                           "\"MsgUUID\":\"[^\"]*\",?|\"sequence\":[0-9]+,");
+    static std::regex const time("\"time\":[0-9]+");
+    static std::regex const interval("\"intervalMicroseconds\":[0-9]+");
     std::vector<std::string> lines;
     std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(std::regex_replace(std::regex_replace(line, std::regex("\"time\":[0-9]+"), "\"time\":T"),
-                                           std::regex("\"intervalMicroseconds\":[0-9]+"),
-                                           "\"intervalMicroseconds\":I"));
+    for (std::string line; std::getline(stream, line);) {
+        if (line.find("\"MessageID\":[1,1,") == std::string::npos)
+            continue;
+        line = std::regex_replace(line, ofEveryMessage, "");
+        line = std::regex_replace(line, time, "\"time\":T");
+        lines.push_back(std::regex_replace(line, interval, "\"intervalMicroseconds\":I"));
+    }
     return lines;
 }
 
@@ -98,7 +106,7 @@ TEST_F(JsonLines, holdTheFiguresOfTheMemory)
 
     EXPECT_THAT(withoutMoments(runOnce("MemorySensor", {procArgument})),
                 ElementsAre("{\"availableBytes\":6144000000,\"buffersBytes\":20480000,\"cachedBytes\":307200000,"
-                            "\"freeBytes\":1024000000,\"sensor\":\"s\",\"swapFreeBytes\":3584000000,"
+                            "\"freeBytes\":1024000000,\"swapFreeBytes\":3584000000,"
                             "\"swapTotalBytes\":4096000000,\"time\":T,\"totalBytes\":8192000000,"
                             "\"usedBytes\":2048000000,\"usedPercent\":25}"));
 }
@@ -108,7 +116,7 @@ TEST_F(JsonLines, holdNoFiguresThatTheKernelDoesntGive)
     writeProc("meminfo", "MemTotal:        8000000 kB\nMemFree:         1000000 kB\n");
 
     EXPECT_THAT(withoutMoments(runOnce("MemorySensor", {procArgument})),
-                ElementsAre("{\"freeBytes\":1024000000,\"sensor\":\"s\",\"time\":T,\"totalBytes\":8192000000}"));
+                ElementsAre("{\"freeBytes\":1024000000,\"time\":T,\"totalBytes\":8192000000}"));
 }
 
 TEST_F(JsonLines, holdTheCountersOfEachInterface)
@@ -126,7 +134,7 @@ TEST_F(JsonLines, holdTheCountersOfEachInterface)
                             "{\"interface\":\"eth0\",\"receivedBytes\":88176438,\"receivedBytesPerSecond\":0,"
                             "\"receivedDropped\":0,\"receivedErrors\":0,\"receivedPackets\":3156,\"sentBytes\":221310,"
                             "\"sentBytesPerSecond\":0,\"sentDropped\":0,\"sentErrors\":0,\"sentPackets\":2876}"
-                            "],\"intervalMicroseconds\":I,\"sensor\":\"s\",\"time\":T}"));
+                            "],\"intervalMicroseconds\":I,\"time\":T}"));
 }
 
 TEST_F(JsonLines, holdTheRatesSinceTheLastSample)
@@ -168,9 +176,9 @@ TEST_F(JsonLines, holdTheLoadSinceTheLastSample)
     while (line == unchanged)
         line = withoutMoments(program.readLine()).front();
 
-    EXPECT_EQ(unchanged, "{\"cores\":[{\"core\":0},{\"core\":1}],\"sensor\":\"s\",\"time\":T}");
+    EXPECT_EQ(unchanged, "{\"cores\":[{\"core\":0},{\"core\":1}],\"time\":T}");
     EXPECT_EQ(line, "{\"cores\":[{\"core\":0,\"loadPercent\":12.5},{\"core\":7}],\"loadPercent\":37.5,"
-                    "\"sensor\":\"s\",\"time\":T}");
+                    "\"time\":T}");
 }
 
 TEST_F(JsonLines, holdTheUseOfFileSystems)
@@ -192,7 +200,7 @@ TEST_F(JsonLines, holdNoShareOfAFileSystemWithoutBlocks)
 {
     EXPECT_THAT(withoutMoments(runOnce("DiskSensor", {"/proc"})),
                 ElementsAre("{\"fileSystems\":[{\"availableBytes\":0,\"freeBytes\":0,\"mountPoint\":\"/proc\","
-                            "\"totalBytes\":0,\"usedBytes\":0}],\"sensor\":\"s\",\"time\":T}"));
+                            "\"totalBytes\":0,\"usedBytes\":0}],\"time\":T}"));
 }
 
 TEST_F(JsonLines, sayWhyNothingWasMeasured)
@@ -216,7 +224,7 @@ TEST_F(JsonLines, sayWhyNothingWasMeasured)
             // The members stand in the order of their names.
             std::string const error = "\"error\":\"" + file + ": " + reason + "\",";
             std::string const list = row.list;
-            return "{" + (list < error ? list + error : error + list) + "\"sensor\":\"s\",\"time\":T}";
+            return "{" + (list < error ? list + error : error + list) + "\"time\":T}";
         };
 
         EXPECT_THAT(withoutMoments(runOnce(row.type, {procArgument})),

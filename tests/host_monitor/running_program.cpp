@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -86,15 +87,30 @@ std::string RunningProgram::readLine()
             received_.erase(0, end + 1);
             return line;
         }
-        pollfd descriptor{output_, POLLIN, 0};
-        char buffer[4096];
-        if (poll(&descriptor, 1, timeLimit * 1000) <= 0)
-            throw std::runtime_error("no line from the program; its errors: " + errors());
-        ssize_t const count = read(output_, buffer, sizeof buffer);
-        if (count <= 0)
+        if (!receive())
             throw std::runtime_error("the program has ended; its errors: " + errors());
-        received_.append(buffer, static_cast<std::size_t>(count));
     }
+}
+
+std::string RunningProgram::readRest()
+{
+    while (receive()) {
+        // Until there is no more.
+    }
+    return std::exchange(received_, {});
+}
+
+/// Takes in what comes next; false at the end.
+bool RunningProgram::receive()
+{
+    pollfd descriptor{output_, POLLIN, 0};
+    char buffer[4096];
+    if (poll(&descriptor, 1, timeLimit * 1000) <= 0)
+        throw std::runtime_error("nothing from the program; its errors: " + errors());
+    ssize_t const count = read(output_, buffer, sizeof buffer);
+    if (count > 0)
+        received_.append(buffer, static_cast<std::size_t>(count));
+    return count > 0;
 }
 
 void RunningProgram::closeOutput()

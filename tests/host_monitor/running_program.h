@@ -25,6 +25,9 @@ public:
     /// The next line of its standard output without the line feed. Throws std::runtime_error if there comes none in two
     /// minutes, or at its end.
     std::string readLine();
+    /// All of its standard output that wasn't read yet, up to its end. Throws std::runtime_error if that doesn't come
+    /// in two minutes.
+    std::string readRest();
     void closeOutput();
     void send(int signal);
 
@@ -34,6 +37,8 @@ public:
     std::string errors() const;
 
 private:
+    bool receive();
+
     Zelm::Testing::TemporaryDirectory directory_;
     pid_t pid_ = -1;
     int output_ = -1;

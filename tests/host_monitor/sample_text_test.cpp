@@ -27,7 +27,7 @@ std::vector<std::string> linesOf(Sample const& sample, std::size_t width = wide)
 std::shared_ptr<CpuReading> cpuReading()
 {
     auto const reading = std::make_shared<CpuReading>();
-    reading->sensor = "cpu";
+    reading->senderID = {"board", "kind", "cpu"};
     reading->loadPercent = 12.5;
     CoreLoad measured;
     measured.core = 0;
@@ -40,6 +40,8 @@ std::shared_ptr<CpuReading> cpuReading()
 
 class OtherReading : public Reading {
 public:
+    OtherReading() : Reading(Zelm::Msgs::Identifier::toValue(1, 1, 99, 1)) {}
+
     Field<std::string> state{this, "state", "good"};
     ListField<std::string> tags{this, "tags", {"a", "b"}};
 };
@@ -59,10 +61,10 @@ TEST(SampleText, showsAReadingsOwnFieldsAndThenItsLists)
 
 TEST(SampleText, showsReadingsInTheirOrder)
 {
-    auto const first = std::make_shared<Reading>();
-    first->sensor = "z";
-    auto const second = std::make_shared<Reading>();
-    second->sensor = "a";
+    auto const first = std::make_shared<MemoryReading>();
+    first->senderID = {"board", "kind", "z"};
+    auto const second = std::make_shared<MemoryReading>();
+    second->senderID = {"board", "kind", "a"};
 
     EXPECT_THAT(linesOf({first, second}), ElementsAre("", "z", "", "a"));
 }
@@ -70,7 +72,7 @@ TEST(SampleText, showsReadingsInTheirOrder)
 TEST(SampleText, putsTextsInFrontAndErrorsLast)
 {
     auto const reading = std::make_shared<DiskReading>();
-    reading->sensor = "disk";
+    reading->senderID = {"board", "kind", "disk"};
     FileSystemUsage good;
     good.mountPoint = "/";
     good.freeBytes = 1024;
@@ -89,7 +91,7 @@ TEST(SampleText, putsTextsInFrontAndErrorsLast)
 TEST(SampleText, saysWhyNothingWasMeasured)
 {
     auto const reading = std::make_shared<MemoryReading>();
-    reading->sensor = "memory";
+    reading->senderID = {"board", "kind", "memory"};
     reading->error = "/proc/meminfo: Permission denied";
 
     EXPECT_THAT(linesOf({reading}), ElementsAre("", "memory", "  error", "  /proc/meminfo: Permission denied"));
@@ -98,7 +100,7 @@ TEST(SampleText, saysWhyNothingWasMeasured)
 TEST(SampleText, showsReadingsThatItHasNeverHeardOf)
 {
     auto const reading = std::make_shared<OtherReading>();
-    reading->sensor = "other";
+    reading->senderID = {"board", "kind", "other"};
 
     EXPECT_THAT(linesOf({reading}), ElementsAre("", "other", "  state  tags", "  good   a, b"));
 }
@@ -112,17 +114,17 @@ TEST(SampleText, dividesTablesThatAreTooWide)
 
 TEST(SampleText, letsNoSensorIdDisturbTheTerminal)
 {
-    auto const reading = std::make_shared<Reading>();
-    reading->sensor = "\x1b[2J";
+    auto const reading = std::make_shared<MemoryReading>();
+    reading->senderID = {"board", "kind", "\x1b[2J"};
 
     EXPECT_THAT(linesOf({reading}), ElementsAre("", "?[2J"));
 }
 
 TEST(SampleText, beginsWithTheLocalTimeOfTheNewestReading)
 {
-    auto const older = std::make_shared<Reading>();
+    auto const older = std::make_shared<MemoryReading>();
     older->time = 1'700'000'000'999;
-    auto const newer = std::make_shared<Reading>();
+    auto const newer = std::make_shared<MemoryReading>();
     newer->time = 1'700'000'001'000;
     std::time_t const seconds = 1'700'000'001;
     std::tm local{};
@@ -135,7 +137,7 @@ TEST(SampleText, beginsWithTheLocalTimeOfTheNewestReading)
 
 TEST(SampleText, bearsATimeBeyondTheCalendar)
 {
-    auto const reading = std::make_shared<Reading>();
+    auto const reading = std::make_shared<MemoryReading>();
     reading->time = std::numeric_limits<long>::max();
 
     EXPECT_NE(sampleLines({reading}, wide).front(), "");

@@ -45,20 +45,20 @@ std::optional<Options> parseCommandLine(int argc, char const* const* argv, std::
 {
     Options options;
     options.configuration = defaultConfiguration;
-    double seconds = 1;
+    std::optional<double> seconds;
 
     CLI::App app("Watches this machine: shows what the configured sensors measure.", "host_monitor");
     app.add_option("--config", options.configuration, "The components to use, as a JSON file")
         ->type_name("FILE")
         ->capture_default_str();
-    app.add_option("--interval", seconds, "Time before each sample")
+    app.add_option("--interval", seconds, "Time before each reading of each sensor, whatever its configuration says")
         ->type_name("SECONDS")
-        ->check(CLI::Validator(checkInterval, ""))
-        ->capture_default_str();
-    app.add_option("--samples", options.samples, "End after so many samples; 0 goes on until Ctrl-C")
+        ->check(CLI::Validator(checkInterval, ""));
+    app.add_option("--samples", options.samples, "End after so many readings of each sensor; 0 goes on until Ctrl-C")
         ->type_name("N")
-        ->check(CLI::Validator(checkSamples, ""))
-        ->capture_default_str();
+        ->check(CLI::Validator(checkSamples, ""));
+    app.add_flag("--summary", options.summary,
+                 "Tell on standard error at the end how many messages were published and reported");
     app.add_flag("--list", options.list, "List the component types that are installed, and end");
     try {
         app.parse(argc, argv);
@@ -68,7 +68,9 @@ std::optional<Options> parseCommandLine(int argc, char const* const* argv, std::
     } catch (CLI::ParseError const& failure) {
         throw std::runtime_error(failure.what());
     }
-    options.interval = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(seconds));
+    if (seconds)
+        options.interval =
+            std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::duration<double>(*seconds));
     return options;
 }
 

@@ -9,9 +9,10 @@
 namespace HostMonitor {
 
 struct Options {
-    std::string configuration;  ///< path of the file
-    std::chrono::microseconds interval{};
-    unsigned long samples = 0;  ///< 0: until a signal ends it
+    std::string configuration;                          ///< path of the file
+    std::optional<std::chrono::microseconds> interval;  ///< in place of what the sensors are configured with
+    std::optional<unsigned long> samples;               ///< the same; 0: until a signal ends it
+    bool summary = false;
     bool list = false;
 };
 

@@ -3,6 +3,7 @@
 #include "zelm/core/exceptions.h"
 #include "zelm/metadata/element.h"
 #include "zelm/metadata/reader_json.h"
+#include "zelm/metadata/writer_json.h"
 
 #include <algorithm>
 #include <cctype>
@@ -111,6 +112,18 @@ std::string const& requireText(Object const& object, std::string_view name, std:
     return member->element().asString();
 }
 
+/// What a component gets for the argument: strings are all that it can be given.
+std::string readArgument(Element const& argument, std::string const& place)
+{
+    if (argument.GetElementType() == ElementType::String)
+        return argument.asString();
+    if (argument.GetElementType() != ElementType::Object)
+        fail("\"arguments\" must be an array of strings and objects in " + place);
+    std::ostringstream text;
+    Zelm::MetaData::WriterJson::Write(argument, text, false);
+    return text.str();
+}
+
 std::vector<std::string> readArguments(Object const& object, std::string const& place)
 {
     std::vector<std::string> arguments;
@@ -118,12 +131,9 @@ std::vector<std::string> readArguments(Object const& object, std::string const& 
     if (member == object.end())
         return arguments;
     if (member->element().GetElementType() != ElementType::Array)
-        fail("\"arguments\" must be an array of strings in " + place);
-    for (auto const& argument : member->element().CastTo<Array>()) {
-        if (argument.GetElementType() != ElementType::String)
-            fail("\"arguments\" must be an array of strings in " + place);
-        arguments.push_back(argument.asString());
-    }
+        fail("\"arguments\" must be an array of strings and objects in " + place);
+    for (auto const& argument : member->element().CastTo<Array>())
+        arguments.push_back(readArgument(argument, place));
     return arguments;
 }
 

@@ -4,10 +4,15 @@
 ///     {
 ///         "components" : [
 ///             { "id" : "cpu",  "type" : "CpuSensor" },
-///             { "id" : "disk", "type" : "DiskSensor", "arguments" : [ "/", "/home" ] },
+///             { "id" : "disk", "type" : "DiskSensor", "arguments" : [ "--period=10", "/", "/home" ] },
+///             { "id" : "limits", "type" : "ThresholdAlarm", "arguments" : [
+///                 { "sensor" : "cpu", "field" : "loadPercent", "above" : 90 } ] },
 ///             { "id" : "log",  "type" : "JsonLinesReporter", "arguments" : [ "-" ] }
 ///         ]
 ///     }
+///
+/// The order plays no part but among components of one role (see host_monitor/roles.h). An argument that is an object
+/// reaches its component as JSON text.
 ///
 /// Read strictly: what isn't understood is refused, with the place where it stands.
 #pragma once

@@ -52,6 +52,17 @@ std::shared_ptr<Zelm::ComponentsRepositoryInterface> makeRepository()
     return Zelm::ComponentsRepositoryInterface::getComponentsRepository();
 }
 
+/// Does the work, unless it throws; the first failure of several is kept.
+template <class Work> void attempt(std::exception_ptr& failure, Work work)
+{
+    try {
+        work();
+    } catch (...) {
+        if (!failure)
+            failure = std::current_exception();
+    }
+}
+
 void monitor(Options const& options)
 {
     auto const configuration = readConfiguration(options.configuration);
@@ -59,13 +70,14 @@ void monitor(Options const& options)
     auto const repository = makeRepository();
 
     std::exception_ptr failure;
-    try {
-        Monitor(*repository, configuration).run(options.interval, options.samples, stop);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    // Before main ends: components may need what static destructors take away.
-    endComponents(*repository, configuration, failure);
+    attempt(failure, [&] {
+        Monitor monitor(*repository, configuration, options, stop);
+        monitor.run();
+        if (options.summary)
+            std::cerr << monitor.summary() << std::flush;
+    });
+    // The factories, before main ends: they may need what static destructors take away.
+    attempt(failure, [&] { repository->releaseAllComponents(); });
     if (failure)
         std::rethrow_exception(failure);
 }

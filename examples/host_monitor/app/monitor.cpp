@@ -1,115 +1,122 @@
 #include "monitor.h"
 
-#include "installation.h"
+#include "on_behalf_of.h"
 
-#include "zelm/core/exceptions.h"
+#include "host_monitor/messaging.h"
+#include "zelm/msgs/dispatcher.h"
 
-#include <algorithm>
 #include <stdexcept>
-#include <utility>
 
 namespace HostMonitor {
 
 namespace {
 
-/// Does the work of a component; what it throws comes out as a std::runtime_error that names the component.
-template <class Work> auto onBehalfOf(std::string const& id, Work work) -> decltype(work())
+/// The components go by ids of their own, so the dispatcher's and the repository's are out of the question.
+void refuseTakenIds(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration)
 {
-    try {
-        return work();
-    } catch (std::exception const& failure) {
-        throw std::runtime_error("component \"" + id + "\": " + failure.what());
-    } catch (...) {
-        throw std::runtime_error("component \"" + id + "\" has thrown something that is no std::exception");
-    }
+    for (auto const& component : configuration.components)
+        onBehalfOf(component.id, [&] {
+            if (component.id == dispatcherId || repository.findComponent(component.id))
+                throw std::runtime_error("the id is taken");
+        });
 }
 
-std::shared_ptr<Zelm::ComponentInterface> instantiate(Zelm::ComponentsRepositoryInterface& repository,
-                                                      Configuration::Component const& component)
+Schedule chosenSchedule(Schedule schedule, Options const& options)
 {
-    try {
-        return repository.instantiateComponent(component.type, component.id, component.arguments);
-    } catch (Zelm::Exception::MissingComponent const& failure) {
-        throw std::runtime_error(failure.what() + std::string(" (see --list)"));
-    } catch (Zelm::Exception::FailedToCreateComponent const& failure) {
-        // The text alone tells an installation without libraries from the other reasons of this class.
-        std::string const text = failure.what();
-        if (text.find("No Component Repository Data") == std::string::npos)
-            throw;
-        throw std::runtime_error(text + " (looked in " + libraryDirectory() + ")");
-    }
+    if (options.interval)
+        schedule.period = *options.interval;
+    if (options.samples)
+        schedule.readings = *options.samples;
+    return schedule;
+}
+
+Components createChecked(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration)
+{
+    refuseTakenIds(repository, configuration);
+    return createComponents(repository, configuration);
 }
 
 }  // namespace
 
-Monitor::Monitor(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration)
+Monitor::Monitor(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration,
+                 Options const& options, StopRequest& stop)
+    : repository_(repository), stop_(stop), components_(createChecked(repository, configuration)),
+      notices_(stop, components_.sensors.size())
 {
-    for (auto const& component : configuration.components)
-        onBehalfOf(component.id, [&] { create(repository, component); });
-    if (sensors_.empty())
-        throw std::runtime_error("there is no sensor among the components");
-    if (reporters_.empty())
-        throw std::runtime_error("there is no reporter among the components");
+    for (auto const& sensor : components_.sensors)
+        sensor.role->setSchedule(chosenSchedule(sensor.role->schedule(), options));
+    // Last, so that it is there only if the destructor is going to end it.
+    dispatcher_ = onBehalfOf(dispatcherId, [&] {
+        return repository.instantiateComponent(Zelm::Msgs::MessageDispatcherInterface::DispatcherType, dispatcherId,
+                                               {});
+    });
 }
 
-void Monitor::create(Zelm::ComponentsRepositoryInterface& repository, Configuration::Component const& component)
+Monitor::~Monitor()
 {
-    // instantiateComponent would return what is there and never look at the type.
-    if (repository.findComponent(component.id))
-        throw std::runtime_error("the id is taken");
-
-    auto const created = instantiate(repository, component);
-    auto const sensor = std::dynamic_pointer_cast<SensorInterface>(created);
-    auto const reporter = std::dynamic_pointer_cast<ReporterInterface>(created);
-    if (!sensor && !reporter)
-        throw std::runtime_error("the type \"" + component.type + "\" is neither a sensor nor a reporter");
-    if (sensor)
-        sensors_.push_back({component.id, sensor});
-    if (reporter)
-        reporters_.push_back({component.id, reporter});
+    repository_.removeComponent(dispatcher_);
 }
 
-void Monitor::run(std::chrono::microseconds interval, unsigned long samples, StopRequest& stop)
+void Monitor::run()
 {
-    auto next = std::chrono::steady_clock::now();
-    for (unsigned long count = 0; samples == 0 || count < samples; ++count) {
-        next = std::max(next + interval, std::chrono::steady_clock::now());
-        if (stop.waitUntil(next))
-            return;
-        reportSample();
+    std::exception_ptr failure;
+    try {
+        startAll();
+        stop_.wait();
+    } catch (...) {
+        failure = std::current_exception();
     }
+    endAll(failure);
+    if (notices_.failure())
+        throw std::runtime_error(*notices_.failure());
+    if (failure)
+        std::rethrow_exception(failure);
 }
 
-void Monitor::reportSample()
+void Monitor::startAll()
 {
-    Sample sample;
-    for (auto const& [id, sensor] : sensors_) {
-        auto reading = onBehalfOf(id, [&sensor = *sensor] { return sensor.takeReading(); });
-        // No reporter looks for an empty pointer.
-        if (!reading)
-            throw std::runtime_error("component \"" + id + "\" gave no reading");
-        sample.push_back(std::move(reading));
-    }
-    for (auto const& [id, reporter] : reporters_)
-        onBehalfOf(id, [&sample, &reporter = *reporter] { reporter.report(sample); });
+    notices_.start();
+    for (auto const& reporter : components_.reporters)
+        start(reporter.id, reporter.component);
+    for (auto const& alarm : components_.alarms)
+        start(alarm.id, alarm.component);
+    for (auto const& sensor : components_.sensors)
+        start(sensor.id, sensor.component);
 }
 
-void endComponents(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration,
-                   std::exception_ptr& failure)
+void Monitor::start(std::string const& id, std::shared_ptr<Zelm::ComponentInterface> const& component)
 {
-    auto const attempt = [&failure](auto end) {
+    onBehalfOf(id, [&] { repository_.addComponent(component, id); });
+    running_.push_back(component);
+}
+
+void Monitor::endAll(std::exception_ptr& failure)
+{
+    for (; !running_.empty(); running_.pop_back()) {
+        auto const id = running_.back()->instanceId();
         try {
-            end();
+            onBehalfOf(id, [&] { repository_.removeComponent(running_.back()); });
         } catch (...) {
             if (!failure)
                 failure = std::current_exception();
         }
+    }
+    notices_.stop();
+}
+
+std::string Monitor::summary() const
+{
+    std::string text;
+    auto const append = [&text](std::string const& id, char const* verb, unsigned long count) {
+        text += id + ' ' + verb + ' ' + std::to_string(count) + (count == 1 ? " message\n" : " messages\n");
     };
-    auto const& components = configuration.components;
-    for (auto component = components.rbegin(); component != components.rend(); ++component)
-        if (auto const running = repository.findComponent(component->id))
-            attempt([&] { onBehalfOf(component->id, [&] { repository.removeComponent(running); }); });
-    attempt([&] { repository.releaseAllComponents(); });
+    for (auto const& sensor : components_.sensors)
+        append(sensor.id, "published", sensor.role->published());
+    for (auto const& alarm : components_.alarms)
+        append(alarm.id, "published", alarm.role->published());
+    for (auto const& reporter : components_.reporters)
+        append(reporter.id, "reported", reporter.role->reported());
+    return text;
 }
 
 }  // namespace HostMonitor

@@ -1,18 +1,25 @@
 /// @file
-/// The monitor itself: creates the configured components, and carries readings from the sensors to the reporters.
+/// The monitor itself: brings the configured components onto the stage in the order of their roles, waits, and takes
+/// them off in the reverse order.
 ///
-/// Of the components it knows the two interfaces and nothing else; which types there are, and in which libraries, is
-/// the affair of the configuration and the repository.
+///     dispatcher      |------------------------------------|
+///     notice board      |--------------------------------|
+///     reporters            |-------------------------|
+///     alarms                  |------------------|
+///     sensors                    |-----------|
+///
+/// Each layer begins to receive before the one below it begins to send, and has handled all that it was sent before it
+/// ends itself: no message is lost at either end. What the components tell each other is no affair of the monitor's.
 #pragma once
 
+#include "command_line.h"
+#include "components.h"
 #include "configuration.h"
+#include "notice_board.h"
 #include "stop_request.h"
 
-#include "host_monitor/reporter.h"
-#include "host_monitor/sensor.h"
 #include "zelm/components/components_repository.h"
 
-#include <chrono>
 #include <exception>
 #include <memory>
 #include <string>
@@ -22,35 +29,34 @@ namespace HostMonitor {
 
 class Monitor {
 public:
-    /// Instantiates the components in the order of the configuration. Throws std::runtime_error, whose text names the
-    /// component, if one can't be created or is of no use here, and if there is no sensor or no reporter among them.
-    /// Those created by then stay in the repository.
-    Monitor(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration);
+    /// Makes the dispatcher and the components, without starting these; throws as createComponents does, and if an id
+    /// is taken. The schedule of the options goes before that of the configuration.
+    Monitor(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration, Options const& options,
+            StopRequest& stop);
+    /// Ends the dispatcher, which outlives all components.
+    ~Monitor();
+    Monitor(Monitor const&) = delete;
+    Monitor& operator=(Monitor const&) = delete;
 
-    /// Waits for the interval, takes a sample and reports it, so many times or, if `samples` is 0, until a stop is
-    /// requested, which also ends a wait. Samples keep to the interval as long as they take less than that; one that is
-    /// late puts off those behind it. Throws std::runtime_error, whose text names the component, for what a component
-    /// throws, and for a sensor that gives no reading.
-    void run(std::chrono::microseconds interval, unsigned long samples, StopRequest& stop);
+    /// Starts the components and waits until a stop is requested, all sensors have finished, or a component has failed;
+    /// then ends them all, whatever happens. Throws std::runtime_error, whose text names the component, for the first
+    /// failure.
+    void run();
+
+    /// A line for each component: how many messages it has published or reported.
+    std::string summary() const;
 
 private:
-    void create(Zelm::ComponentsRepositoryInterface& repository, Configuration::Component const& component);
-    void reportSample();
+    void start(std::string const& id, std::shared_ptr<Zelm::ComponentInterface> const& component);
+    void startAll();
+    void endAll(std::exception_ptr& failure);
 
-    /// A component in one of its roles, and the id that failures are told under.
-    template <class Interface> struct Named {
-        std::string id;
-        std::shared_ptr<Interface> component;
-    };
-
-    std::vector<Named<SensorInterface>> sensors_;
-    std::vector<Named<ReporterInterface>> reporters_;
+    Zelm::ComponentsRepositoryInterface& repository_;
+    StopRequest& stop_;
+    std::shared_ptr<Zelm::ComponentInterface> dispatcher_;
+    Components components_;
+    std::vector<std::shared_ptr<Zelm::ComponentInterface>> running_;  // in the order of their start
+    NoticeBoard notices_;
 };
-
-/// Ends the configured components, the last one first, and then all else that the repository holds. One that throws
-/// keeps none of the others from their end; the first such failure goes into `failure`, its text naming the component,
-/// unless there is one already.
-void endComponents(Zelm::ComponentsRepositoryInterface& repository, Configuration const& configuration,
-                   std::exception_ptr& failure);
 
 }  // namespace HostMonitor

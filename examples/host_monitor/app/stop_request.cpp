@@ -1,9 +1,7 @@
 #include "stop_request.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <limits>
 #include <system_error>
 
 #include <fcntl.h>
@@ -58,18 +56,29 @@ void StopRequest::handle(int signal)
     former_.push_back(former);
 }
 
-bool StopRequest::waitUntil(std::chrono::steady_clock::time_point moment)
+void StopRequest::request()
 {
-    while (!requested_) {
-        auto const left = std::chrono::ceil<std::chrono::milliseconds>(moment - std::chrono::steady_clock::now());
-        auto const limit = static_cast<std::chrono::milliseconds::rep>(std::numeric_limits<int>::max());
-        pollfd descriptor{pipe_[0], POLLIN, 0};
-        int const count = poll(&descriptor, 1, static_cast<int>(std::clamp(left.count(), decltype(limit){0}, limit)));
-        requested_ = count > 0;
-        if (count == 0 && std::chrono::steady_clock::now() >= moment)
-            break;
+    char const byte = 0;
+    [[maybe_unused]] auto const written = write(pipe_[1], &byte, 1);  // a full pipe tells the same
+}
+
+void StopRequest::wait()
+{
+    constexpr int withoutLimit = -1;
+    while (!look(withoutLimit)) {
+        // A signal of another kind has interrupted it.
     }
-    return requested_;
+}
+
+bool StopRequest::isRequested()
+{
+    return look(0);
+}
+
+bool StopRequest::look(int timeout)
+{
+    pollfd descriptor{pipe_[0], POLLIN, 0};
+    return poll(&descriptor, 1, timeout) > 0;
 }
 
 }  // namespace HostMonitor

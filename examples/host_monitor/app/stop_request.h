@@ -1,18 +1,18 @@
 /// @file
-/// The wish to end, as SIGINT (Ctrl-C), SIGTERM and SIGHUP tell it, and a wait that it ends at once.
+/// The wish to end, as SIGINT (Ctrl-C), SIGTERM and SIGHUP tell it, or any thread of the program, and the wait for it.
 ///
 ///     StopRequest stop;
-///     while (!stop.waitUntil(next)) ...
+///     ...                         // start what works on threads of its own
+///     stop.wait();
 ///
 /// The signal's handler does nothing but write a byte into a pipe, which the wait looks at. A second signal of the same
 /// kind ends the process in the ordinary way, in case the first isn't answered because a component hangs. A signal that
 /// was ignored when the program was started, as nohup does it, stays ignored. System calls of components aren't
 /// interrupted.
 ///
-/// Thread-safety: one object at a time, which one thread waits for.
+/// Thread-safety: one object at a time, which one thread waits for. Any thread may make the request.
 #pragma once
 
-#include <chrono>
 #include <csignal>
 #include <vector>
 
@@ -27,9 +27,12 @@ public:
     StopRequest(StopRequest const&) = delete;
     StopRequest& operator=(StopRequest const&) = delete;
 
-    /// Waits until that moment or until a stop is requested, whichever comes first; a moment that is past only looks.
-    /// Returns whether a stop is requested, which stays so for good.
-    bool waitUntil(std::chrono::steady_clock::time_point moment);
+    /// Does what a signal does.
+    void request();
+    /// Returns when a stop is requested, which stays so for good.
+    void wait();
+    /// Whether a stop is requested, without waiting.
+    bool isRequested();
 
 private:
     struct Former {
@@ -38,10 +41,10 @@ private:
     };
 
     void handle(int signal);
+    bool look(int timeout);
 
-    int pipe_[2];
+    int pipe_[2];  // nothing is ever read from it, so that it tells a request for good
     std::vector<Former> former_;
-    bool requested_ = false;
 };
 
 }  // namespace HostMonitor

@@ -1,5 +1,8 @@
 #include "json_lines_reporter.h"
 
+#include "host_monitor/addresses.h"
+#include "host_monitor/messaging.h"
+
 #include "zelm/core/exceptions.h"
 #include "zelm/metadata/element.h"
 #include "zelm/metadata/writer_json.h"
@@ -7,6 +10,10 @@
 #include <sstream>
 
 namespace HostMonitor {
+
+using Zelm::Msgs::Message;
+using Zelm::Msgs::MessageDispatcherInterface;
+using Zelm::Msgs::MessageKey;
 
 namespace {
 
@@ -19,10 +26,10 @@ std::string parsePath(std::vector<std::string> const& arguments)
 
 }  // namespace
 
-std::string toJsonLine(Reading const& reading)
+std::string toJsonLine(Message const& message)
 {
     Zelm::MetaData::Element element;
-    reading.copyToMetaData(element);
+    message.copyToMetaData(element);
     std::ostringstream line;
     Zelm::MetaData::WriterJson::Write(element, line, false);
     line << '\n';
@@ -33,20 +40,32 @@ JsonLinesReporter::JsonLinesReporter(std::vector<std::string> const& arguments) 
 
 void JsonLinesReporter::startLifeCycle()
 {
+    start(findDispatcher(), createQueue(MessageDispatcherInterface::QueueType));
+}
+
+void JsonLinesReporter::start(std::shared_ptr<MessageDispatcherInterface> const& dispatcher,
+                              std::shared_ptr<Zelm::Msgs::MessageQueueInterface> const& queue)
+{
     output_.emplace(path_);
+    reported_ = 0;
+
+    // By the address tree: whatever is sent from this machine.
+    MessageKey const everythingFromHere(MessageDispatcherInterface::everyMsg, {hostName()}, {});
+    receiver_.start(
+        dispatcher, queue, componentAddress("reporter", instanceId()),
+        {{everythingFromHere, [this](std::shared_ptr<Message const> const& message) { report(*message); }}});
 }
 
 void JsonLinesReporter::endLifeCycle()
 {
+    receiver_.stop();  // first: what has arrived is still written
     output_.reset();
 }
 
-void JsonLinesReporter::report(Sample const& sample)
+void JsonLinesReporter::report(Message const& message)
 {
-    if (!output_)
-        throw Zelm::Exception::InvalidOperation("JsonLinesReporter isn't started");
-    for (auto const& reading : sample)
-        output_->write(toJsonLine(*reading));
+    output_->write(toJsonLine(message));
+    ++reported_;
 }
 
 }  // namespace HostMonitor

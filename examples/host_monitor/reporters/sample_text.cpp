@@ -3,12 +3,15 @@
 #include "field_text.h"
 #include "table.h"
 
+#include "host_monitor/addresses.h"
 #include "zelm/metadata/element.h"
 
 #include <algorithm>
+#include <array>
 #include <ctime>
 #include <iterator>
 #include <set>
+#include <string_view>
 
 namespace HostMonitor {
 
@@ -86,13 +89,20 @@ void appendTable(std::vector<Object const*> const& rows, std::size_t width, std:
         lines.push_back(indentation + line);
 }
 
+/// What every reading has as a message: the heads say what matters of it.
+bool isOfEveryMessage(std::string_view name)
+{
+    constexpr std::array<std::string_view, 6> names{"DestID", "MessageID", "MsgUUID", "SenderID", "sequence", "time"};
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
 void appendReading(Object const& reading, std::size_t width, std::vector<std::string>& lines)
 {
     Object own;
     std::vector<Array const*> lists;
     for (auto const& member : reading) {
-        if (member.name() == "sensor" || member.name() == "time")
-            continue;  // these are the heads
+        if (isOfEveryMessage(member.name()))
+            continue;
         if (isListOfObjects(member.element()))
             lists.push_back(&member.element().CastTo<Array>());
         else
@@ -131,7 +141,8 @@ std::vector<std::string> sampleLines(Sample const& sample, std::size_t width)
         Element tree;
         reading->copyToMetaData(tree);
         lines.emplace_back();
-        lines.push_back(fieldText("sensor", Element(Zelm::MetaData::Trivial_T<std::string>(reading->sensor()))));
+        lines.push_back(
+            fieldText("sensor", Element(Zelm::MetaData::Trivial_T<std::string>(instanceIn(reading->senderID())))));
         appendReading(std::as_const(tree).CastTo<Object>(), width, lines);
     }
     return lines;

@@ -12,13 +12,17 @@
 /// Thread-safety: functions without state.
 #pragma once
 
-#include "host_monitor/reporter.h"
+#include "host_monitor/reading.h"
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace HostMonitor {
+
+/// Readings that are shown together; no pointer in it is empty.
+using Sample = std::vector<std::shared_ptr<Reading const>>;
 
 /// The lines of the sample: its time, and for each reading the sensor's id with a table of its fields and one for each
 /// list of objects in it. Tables wider than `width` are divided.

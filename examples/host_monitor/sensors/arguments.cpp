@@ -27,7 +27,8 @@ std::string parseProcDirectory(std::vector<std::string> const& arguments)
     std::string directory = "/proc";
     for (auto const& argument : arguments) {
         if (!startsWith(argument, option))
-            throw Zelm::Exception::InvalidParameter("unknown argument \"" + argument + "\", expected --proc=DIR");
+            throw Zelm::Exception::InvalidParameter("unknown argument \"" + argument +
+                                                    "\", expected --proc=DIR, --period=SECONDS or --readings=N");
         directory = argument.substr(option.size());
         refuseRelative(directory);
     }
@@ -38,7 +39,8 @@ std::vector<std::string> parseMountPoints(std::vector<std::string> const& argume
 {
     for (auto const& argument : arguments) {
         if (startsWith(argument, "--"))
-            throw Zelm::Exception::InvalidParameter("unknown argument \"" + argument + "\", expected mount points");
+            throw Zelm::Exception::InvalidParameter("unknown argument \"" + argument +
+                                                    "\", expected mount points, --period=SECONDS or --readings=N");
         refuseRelative(argument);
     }
     if (arguments.empty())

@@ -1,6 +1,6 @@
 /// @file
 /// The arguments of the sensors, in the manner of a command line: one that begins with "--" is an option, any other is
-/// plain.
+/// plain. Those of the schedule, which all sensors share, are taken out before (see host_monitor/schedule.h).
 ///
 /// Thread-safety: functions without state.
 #pragma once

@@ -1,9 +1,11 @@
 /// @file
 /// The factory of libHostSensors: what makes a shared library a component library.
-#include "cpu_sensor.h"
-#include "disk_sensor.h"
-#include "memory_sensor.h"
-#include "network_sensor.h"
+#include "cpu_probe.h"
+#include "disk_probe.h"
+#include "host_monitor/schedule.h"
+#include "host_monitor/sensor.h"
+#include "memory_probe.h"
+#include "network_probe.h"
 
 #include "zelm/components/component.h"
 #include "zelm/components/component_factory.h"
@@ -12,12 +14,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+namespace HostMonitor {
 
-template <class T> std::shared_ptr<Zelm::ComponentInterface> create(std::vector<std::string> const& arguments)
-{
-    return std::make_shared<T>(arguments);
-}
+namespace {
 
 /// All three bases are needed: see zelm/components/component_factory.h.
 class HostSensorsFactory final : public Zelm::Component_Base,
@@ -26,18 +25,30 @@ class HostSensorsFactory final : public Zelm::Component_Base,
 public:
     void startLifeCycle() override
     {
-        addComponentCreator("CpuSensor", create<HostMonitor::CpuSensor>);
-        addComponentCreator("DiskSensor", create<HostMonitor::DiskSensor>);
-        addComponentCreator("MemorySensor", create<HostMonitor::MemorySensor>);
-        addComponentCreator("NetworkSensor", create<HostMonitor::NetworkSensor>);
+        addSensor<CpuProbe>("CpuSensor", "cpu");
+        addSensor<DiskProbe>("DiskSensor", "disk");
+        addSensor<MemoryProbe>("MemorySensor", "memory");
+        addSensor<NetworkProbe>("NetworkSensor", "network");
     }
 
     void endLifeCycle() override { removeAllComponentCreators(); }
+
+private:
+    /// All types share the arguments of the schedule; the others are the probe's.
+    template <class P> void addSensor(std::string const& type, std::string const& kind)
+    {
+        addComponentCreator(type, [kind](std::vector<std::string> const& arguments) {
+            return std::make_shared<Sensor>(kind, parseSchedule(arguments),
+                                            std::make_unique<P>(withoutSchedule(arguments)));
+        });
+    }
 };
 
 }  // namespace
 
+}  // namespace HostMonitor
+
 std::shared_ptr<Zelm::ComponentFactoryInterface> getComponentFactory()
 {
-    return std::make_shared<HostSensorsFactory>();
+    return std::make_shared<HostMonitor::HostSensorsFactory>();
 }

@@ -1,12 +1,15 @@
 /// @file
 /// The readings of the sensors in libHostSensors. Reporters show them without this header, as they show any Reading;
-/// it is for those who want the fields by name.
+/// it is for those who want the fields by name. All are known to the message factory (see message_registration.h), so
+/// that their JSON form turns into objects of these classes again. Their destructors are defined in a source file, so
+/// that one library has the classes' type information, which casts go by.
 ///
 /// Objects that stand in a list are copied when the list is filled. A mirrored object's copy constructor builds its
 /// fields anew, so that each registers with its own object, and assigns the values then; the two lines of each class
 /// below are the recipe.
 #pragma once
 
+#include "host_monitor/message_kinds.h"
 #include "host_monitor/reading.h"
 
 namespace HostMonitor {
@@ -27,6 +30,9 @@ public:
 /// neither idle nor spent in waiting for input and output.
 class ZELM_EXPORT CpuReading : public Reading {
 public:
+    CpuReading() : Reading(Kinds::cpuReading) {}
+    ~CpuReading() override;
+
     Field<double> loadPercent{this, "loadPercent"};  ///< all cores together; missing as in CoreLoad
     ListField<CoreLoad> cores{this, "cores", true};  ///< those online, in the kernel's order
 };
@@ -34,6 +40,9 @@ public:
 /// Figures that the kernel doesn't give are missing.
 class ZELM_EXPORT MemoryReading : public Reading {
 public:
+    MemoryReading() : Reading(Kinds::memoryReading) {}
+    ~MemoryReading() override;
+
     Field<long> totalBytes{this, "totalBytes"};
     Field<long> freeBytes{this, "freeBytes"};            ///< used for nothing at all
     Field<long> availableBytes{this, "availableBytes"};  ///< could be had without swapping
@@ -65,6 +74,9 @@ public:
 
 class ZELM_EXPORT DiskReading : public Reading {
 public:
+    DiskReading() : Reading(Kinds::diskReading) {}
+    ~DiskReading() override;
+
     ListField<FileSystemUsage> fileSystems{this, "fileSystems", true};  ///< in the order of the sensor's arguments
 };
 
@@ -91,6 +103,9 @@ public:
 
 class ZELM_EXPORT NetworkReading : public Reading {
 public:
+    NetworkReading() : Reading(Kinds::networkReading) {}
+    ~NetworkReading() override;
+
     Field<long> intervalMicroseconds{this, "intervalMicroseconds"};  ///< the time that the rates are taken over
     ListField<InterfaceTraffic> interfaces{this, "interfaces", true};
 };

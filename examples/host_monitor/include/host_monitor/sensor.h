@@ -1,32 +1,49 @@
 /// @file
-/// What makes a component a sensor: the interface through which an application takes readings from a component that it
-/// has created by the name of its type.
+/// The component that a probe becomes: publishes its readings, on a thread of its own, from its start to its end. A
+/// factory makes one for each of its sensor types:
 ///
-///     auto const component = repository->instantiateComponent("CpuSensor", "cpu", {});
-///     if (auto const sensor = std::dynamic_pointer_cast<SensorInterface>(component))
-///         reading = sensor->takeReading();
+///     addComponentCreator("MemorySensor", [](auto const& arguments) {
+///         return std::make_shared<Sensor>("memory", parseSchedule(arguments),
+///                                         std::make_unique<MemoryProbe>(withoutSchedule(arguments)));
+///     });
 ///
-/// A component implements it beside Zelm::ComponentInterface. The interface is exported, so that the cast works from
-/// one shared library to another.
-///
-/// Thread-safety: calls to one sensor come one at a time, and between its startLifeCycle and its endLifeCycle if it has
-/// these.
+/// Thread-safety: published may be called by any thread; all else belongs to the thread that starts and ends it.
 #pragma once
 
-#include "host_monitor/reading.h"
+#include "host_monitor/probe.h"
+#include "host_monitor/reading_publisher.h"
+#include "host_monitor/roles.h"
+#include "host_monitor/schedule.h"
+
+#include "zelm/components/component.h"
+#include "zelm/core/export.h"
 
 #include <memory>
+#include <string>
 
 namespace HostMonitor {
 
-class ZELM_EXPORT SensorInterface {
+class ZELM_EXPORT Sensor final : public Zelm::Component_Base,
+                                 public Zelm::LifeCycle::PassiveInterface,
+                                 public SensorInterface {
 public:
-    /// Measures now. Never empty. What can't be measured at the moment is no exception: it comes as a reading whose
-    /// `error` says why, and the next call tries again.
-    virtual std::shared_ptr<Reading const> takeReading() = 0;
+    /// The kind is the middle part of the address that the readings come from.
+    Sensor(std::string kind, Schedule const& schedule, std::unique_ptr<Probe> probe);
+    ~Sensor() override;
 
-protected:
-    ~SensorInterface() = default;  // nothing is deleted through this class
+    /// Throws Zelm::Exception::InvalidOperation without a dispatcher, and what ReadingPublisher::start throws.
+    void startLifeCycle() override;
+    void endLifeCycle() override;
+
+    Schedule schedule() const override { return schedule_; }
+    void setSchedule(Schedule const& schedule) override { schedule_ = schedule; }
+    unsigned long published() const override { return publisher_.published(); }
+
+private:
+    std::string const kind_;
+    Schedule schedule_;
+    std::unique_ptr<Probe> const probe_;
+    ReadingPublisher publisher_;  // last: its thread uses the probe
 };
 
 }  // namespace HostMonitor
