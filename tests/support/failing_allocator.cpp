@@ -11,14 +11,19 @@ namespace {
 thread_local unsigned long allocations = 0;
 thread_local unsigned long successesLeft = 0;
 thread_local bool failureIsDue = false;
+thread_local bool failuresLast = false;
+thread_local bool somethingFailed = false;
 
 void* allocate(std::size_t size) noexcept
 {
     ++allocations;
-    if (failureIsDue && successesLeft-- == 0) {
-        failureIsDue = false;
+    if (failureIsDue && successesLeft == 0) {
+        failureIsDue = failuresLast;
+        somethingFailed = true;
         return nullptr;
     }
+    if (failureIsDue)
+        --successesLeft;
     return std::malloc(size == 0 ? 1 : size);
 }
 
@@ -38,9 +43,11 @@ unsigned long AllocationCount::made() const
     return allocations - before_;
 }
 
-FailingAllocation::FailingAllocation(unsigned long successes)
+FailingAllocation::FailingAllocation(unsigned long successes, Shortage shortage)
 {
     successesLeft = successes;
+    failuresLast = shortage == Shortage::Lasting;
+    somethingFailed = false;
     failureIsDue = true;
 }
 
@@ -51,7 +58,7 @@ FailingAllocation::~FailingAllocation()
 
 bool FailingAllocation::hasFailed() const
 {
-    return !failureIsDue;
+    return somethingFailed;
 }
 
 }  // namespace Zelm::Testing

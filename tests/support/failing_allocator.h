@@ -30,11 +30,15 @@ private:
     unsigned long const before_;
 };
 
-/// While it lives, the allocation after the next `successes` ones throws std::bad_alloc, and only that one. One at a
-/// time in a thread.
+enum class Shortage {
+    Passing,  ///< one allocation fails, and those behind it succeed again
+    Lasting   ///< all allocations behind that one fail too
+};
+
+/// While it lives, the allocation after the next `successes` ones throws std::bad_alloc. One at a time in a thread.
 class FailingAllocation {
 public:
-    explicit FailingAllocation(unsigned long successes);
+    explicit FailingAllocation(unsigned long successes, Shortage shortage = Shortage::Passing);
     ~FailingAllocation();
     FailingAllocation(FailingAllocation const&) = delete;
     FailingAllocation& operator=(FailingAllocation const&) = delete;
@@ -45,12 +49,13 @@ public:
 /// Calls `attempt` with its first allocation failing, then with its second one and so on, until it gets through without
 /// a failure; calls `afterFailure` each time that std::bad_alloc came out. Returns how often that was.
 template <class Attempt, class AfterFailure>
-unsigned long failEachAllocationInTurn(Attempt const& attempt, AfterFailure const& afterFailure)
+unsigned long failEachAllocationInTurn(Attempt const& attempt, AfterFailure const& afterFailure,
+                                       Shortage shortage = Shortage::Passing)
 {
     unsigned long failures = 0;
     for (unsigned long successes = 0;; ++successes) {
         try {
-            FailingAllocation const failing(successes);
+            FailingAllocation const failing(successes, shortage);
             attempt();
             if (!failing.hasFailed())
                 return failures;

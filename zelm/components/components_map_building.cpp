@@ -8,6 +8,7 @@
 #include "zelm/core/shared_library_loader.h"
 #include "zelm/metadata/element.h"
 #include "zelm/metadata/reader_json.h"
+#include "zelm/metadata/writer_json.h"
 
 #include <algorithm>
 #include <exception>
@@ -15,7 +16,9 @@
 #include <iostream>
 #include <list>
 #include <set>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace Zelm {
@@ -54,7 +57,7 @@ void findComponentLibraries(std::list<FileInfo>& files)
 // --------------------------------------------------------------------------------------------------- trusting the file
 
 /// Why a map that was read can't be trusted; empty if it can.
-std::string faultOf(Map const& map)
+std::string_view faultOf(Map const& map)
 {
     auto const& version = map.version();
     if (version.size() < codeVersion.size() || version[0] != codeVersion[0] || version[1] != codeVersion[1])
@@ -69,14 +72,14 @@ std::string faultOf(Map const& map)
 }
 
 /// Takes in what the stream holds and returns why it can't be trusted; empty if it can.
-std::string readMap(Map& map, std::istream& stream)
+std::string_view readMap(Map& map, std::istream& stream)
 {
     try {
         MetaData::Object object;
         MetaData::ReaderJson::Read(object, stream);
         map.copyFromMetaData(MetaData::Element(std::move(object)));
         return faultOf(map);
-    } catch (...) {  // whatever it is, a build mends it
+    } catch (...) {  // whatever it is, a build mends it; it may be that there is no memory
         return "couldn't load Components Map";
     }
 }
@@ -165,7 +168,10 @@ Map::LibInfo& recordLibrary(Map& map, FileInfo const& file)
 
 void recordFailure(Map& map, FileInfo const& file, std::string const& reason)
 {
-    recordLibrary(map, file).error.assign("Error loading: " + file.path + " -> " + reason);
+    // Complete before it is added: a row that lost its "Error" to a lack of memory would tell of a sound library.
+    Map::LibInfo row(fileNameOf(file), toTimeStamp(file.lastWriteTime));
+    row.error.assign("Error loading: " + file.path + " -> " + reason);
+    map.sharedLibraries.edit().push_back(row);
 }
 
 /// Loads one library and records it, with the types that its factory supports.
@@ -222,9 +228,9 @@ void keepOldRow(Map& map, Map::Component const& old, std::vector<std::string>& m
 void scan(Map& map, std::list<FileInfo> const& files, std::vector<std::string>& messages)
 {
     try {
-        auto const oldRows = std::move(map.components.edit());
         map.version.assign(codeVersion);
         map.version.setEncoded(false);
+        auto const oldRows = std::move(map.components.edit());  // nothing throws from here to the first library
         map.components.reset();
         map.sharedLibraries.reset();
         map.errors.reset();
@@ -238,16 +244,29 @@ void scan(Map& map, std::list<FileInfo> const& files, std::vector<std::string>& 
     }
 }
 
-/// Writes the map into its file, if that can be opened. A failure is not reported: the map in memory stands, and the
-/// next start builds again.
-void writeMap(Map const& map)
+std::string writtenForm(Map const& map)
 {
-    std::ofstream file(componentsMapFile());
-    if (!file.is_open())
-        return;
     MetaData::Element document;
     map.copyToMetaData(document);
-    file << Json::metaDatatoJsonString(document.CastTo<MetaData::Object>());
+    std::ostringstream text;
+    text.exceptions(std::ios::badbit);  // otherwise a lack of memory cuts the text off without a word
+    MetaData::WriterJson::Write(document.CastTo<MetaData::Object>(), text, true);
+    return text.str();
+}
+
+/// Writes the map into its file, if that can be opened. A failure is not reported: the map in memory stands, and the
+/// next start builds again. A lack of memory is the exception, and leaves the file as it was.
+void writeMap(Map const& map)
+{
+    // Everything that needs memory comes before the opening, which empties the file: hence a buffer of our own, too.
+    auto const text = writtenForm(map);
+    char buffer[4096];
+    std::ofstream file;
+    file.rdbuf()->pubsetbuf(buffer, sizeof buffer);
+    file.open(componentsMapFile());
+    if (!file.is_open())
+        return;
+    file << text;
     try {
         file.close();
     } catch (...) {  // as above

@@ -133,10 +133,15 @@ Error ComponentsRepository::addComponent(GuardedRepo::Access& access, std::share
     if (access->components.count(instanceId) != 0)
         return AlreadyInRepository();
 
+    // The entry is made before the start, so that a component which has been started is sure to be kept, and ended.
+    decltype(access->components) entry;
+    entry.emplace(instanceId, component);
     component->setInstanceId(instanceId);
     if (auto* const passive = dynamic_cast<LifeCycle::PassiveInterface*>(component.get()))
         passive->startLifeCycle();
-    access->components.insert_or_assign(instanceId, std::move(component));
+    auto stored = access->components.insert(entry.extract(entry.begin()));
+    if (!stored.inserted)
+        stored.position->second = std::move(component);
     return NoError();
 }
 
