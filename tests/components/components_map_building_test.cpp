@@ -11,6 +11,11 @@
 
 #include <filesystem>
 
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 namespace Zelm {
 namespace {
 
@@ -419,6 +424,43 @@ TEST(MapBuilding, doesNotLoadALibraryWhoseEndIsMissing)
                           {{engines, writeTime + 1, "Error loading: " + path + " -> " + path + ": file too short"}}};
 
         expectBuilt(installation, "", 0, map, "");
+    }
+}
+
+/// A socket of that name in the file system.
+void makeSocket(std::string const& path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(path.size(), sizeof address.sun_path);
+    path.copy(address.sun_path, path.size());
+    int const handle = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(bind(handle, reinterpret_cast<sockaddr const*>(&address), sizeof address), 0);
+    close(handle);
+}
+
+// "Anything else than a directory" is a candidate, and the dynamic loader would wait for whoever writes into a pipe.
+TEST(MapBuilding, recordsAPipeOrASocketAsALibraryThatCantBeLoadedOnPurposeAndDoesNotOpenIt)
+{
+    for (bool const isPipe : {true, false}) {
+        SCOPED_TRACE(isPipe ? "pipe" : "socket");
+        InstalledEngines const installation;
+        auto const path = installation.library("libodd.so.1");
+        if (isPipe) {
+            ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+        } else {
+            makeSocket(path);
+        }
+        setWriteTime(path, writeTime);
+        MapText map{enginesMap.components, {}};
+        for (auto const& name : installation.librariesInDirectoryOrder()) {
+            map.libraries.push_back({name, writeTime});
+            if (name != engines)
+                map.libraries.back().error = "Error loading: " + path + " -> " + path + ": not a regular file";
+        }
+
+        expectBuilt(installation, enginesLog, 1, map, "");
+        expectBuilt(installation, enginesLog, 1, map, "");  // as with any library that can't be loaded
     }
 }
 

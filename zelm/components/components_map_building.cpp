@@ -177,9 +177,9 @@ void recordFailure(Map& map, FileInfo const& file, std::string const& reason)
 /// Loads one library and records it, with the types that its factory supports.
 void scanLibrary(Map& map, FileInfo const& file)
 {
-    // The loader would end the process here, while it says the same of a file that ends within its header.
-    if (Private::isCutOff(file.path))
-        return recordFailure(map, file, file.path + ": file too short");
+    // With these files the loader would end the process, or wait for good.
+    if (auto const reason = Private::reasonNotToLoad(file.path); !reason.empty())
+        return recordFailure(map, file, file.path + ": " + reason);
 
     SharedLibraryLoader const library(file.path.c_str(), 0);
     if (!library.isLoaded())

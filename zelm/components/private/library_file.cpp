@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <elf.h>
+#include <sys/stat.h>
 
 namespace Zelm::Private {
 
@@ -24,8 +25,15 @@ bool isNativeElf(Elf64_Ehdr const& header)
            header.e_ident[EI_DATA] == ELFDATA2LSB && header.e_phentsize == sizeof(Elf64_Phdr);
 }
 
-}  // namespace
+/// True also if there is nothing of that name.
+bool isRegularFile(std::string const& path)
+{
+    struct ::stat attributes;
+    return ::stat(path.c_str(), &attributes) != 0 || S_ISREG(attributes.st_mode);
+}
 
+/// Whether the file is a shared library of which the end is missing. False for one that is no 64-bit little-endian ELF
+/// file.
 bool isCutOff(std::string const& path)
 {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
@@ -46,6 +54,15 @@ bool isCutOff(std::string const& path)
             return true;
     }
     return false;
+}
+
+}  // namespace
+
+std::string reasonNotToLoad(std::string const& path)
+{
+    if (!isRegularFile(path))
+        return "not a regular file";
+    return isCutOff(path) ? "file too short" : "";
 }
 
 }  // namespace Zelm::Private
