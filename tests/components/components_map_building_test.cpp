@@ -172,31 +172,15 @@ TEST(MapBuilding, stopsTheScanAtAStdExceptionAndKeepsItsTextAndTheRowsMadeSoFar)
     }
 }
 
-/// Two libraries, of which the scan meets the one that works first.
-class InstalledBefore : public TemporaryInstallation {
+/// The scan meets the library that works first.
+class InstalledBefore : public InstalledInOrder {
 public:
-    explicit InstalledBefore(std::string const& throwingFixture)
-    {
-        add("engines", "libone.so.1");
-        add(throwingFixture, "libtwo.so.1");
-        auto const order = librariesInDirectoryOrder();
-        if (order[0] == "libtwo.so.1") {  // change what they hold, which leaves them at their places
-            auto const one = readFile(library("libone.so.1"));
-            writeFile(library("libone.so.1"), readFile(library("libtwo.so.1")));
-            writeFile(library("libtwo.so.1"), one);
-            setWriteTime(library("libone.so.1"), writeTime);
-            setWriteTime(library("libtwo.so.1"), writeTime);
-        }
-        good = order[0];
-        throwing = order[1];
-    }
+    explicit InstalledBefore(std::string const& throwingFixture) : InstalledInOrder("engines", throwingFixture) {}
 
-    std::string good;
-    std::string throwing;
     /// What a scan that is stopped in the second one leaves.
     MapText map(std::string const& error) const
     {
-        return {{{"Engine", good}, {"Wheel", good}}, {{good, writeTime}, {throwing, writeTime}}, {error}};
+        return {{{"Engine", first}, {"Wheel", first}}, {{first, writeTime}, {second, writeTime}}, {error}};
     }
 };
 
@@ -207,7 +191,7 @@ TEST(MapBuilding, keepsTheRowsOfTheLibrariesBeforeTheOneThatThrows)
         InstalledBefore const installation("throws_in_" + row.point);
         auto map = installation.map("thrown in " + row.point);
         if (row.hasComponent)
-            map.components.push_back({"Bomb", installation.throwing});
+            map.components.push_back({"Bomb", installation.second});
 
         expectBuilt(installation, enginesLog + row.log, 2, map, failedToOpen(installation));
     }

@@ -4,14 +4,17 @@
 #include "tests/components/map_runs.h"
 #include "tests/components/repository_shell.h"
 #include "tests/support/child_process.h"
+#include "tests/support/no_more_files.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/temporary_installation.h"
+#include "zelm/core/exceptions.h"
 
 #include <gtest/gtest.h>
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <iostream>
 
 namespace Zelm {
 namespace {
@@ -149,6 +152,38 @@ TEST(CreateComponent, failsWhereALibraryOfTheMapCantBeLoaded)
                                                  "\" failed to load: " + installation.root() + "/"));
     EXPECT_THAT(child.out,
                 ::testing::EndsWith("/lib/" + engines + ": file too short\n> find " + enginesFactory + " = none\n"));
+}
+
+/// Asks for an Engine while no file can be opened, and again when files can be opened.
+ZELM_CHILD(createsAComponentWithoutFilesAndAgain)
+{
+    auto const repository = ComponentsRepositoryInterface::getComponentsRepository();
+    try {
+        NoMoreFiles const limit;
+        repository->instantiateComponent("Engine", "e", {});
+    } catch (Exception::FailedToLoad const& failure) {
+        std::cout << failure.what() << std::endl;
+    }
+    std::cout << (repository->findComponent("e") || repository->findComponent(enginesFactory) ? "kept" : "nothing kept")
+              << std::endl;
+    repository->instantiateComponent("Engine", "e", {});
+    repository->releaseAllComponents();
+    return 0;
+}
+
+TEST(CreateComponent, failsWhereALibraryCantBeOpenedAndSucceedsWhenItCan)
+{
+    if (underSanitizer)
+        GTEST_SKIP() << "a sanitizer's runtime needs files for its own checks";
+    auto const child = InstalledEngines().run("createsAComponentWithoutFilesAndAgain");
+
+    EXPECT_THAT(
+        child.out,
+        ::testing::AllOf(
+            ::testing::StartsWith("Component \"" + engines + "\" failed to load: " + engines + ": cannot open shared"),
+            ::testing::EndsWith("\nnothing kept\nengines: loaded\nengines: factory starts\nEngine(): made\n"
+                                "Engine(): starts as \"e\"\nEngine(): ends as \"e\"\nengines: factory ends\n")));
+    EXPECT_EQ(child.status, 0) << child.err;
 }
 
 TEST(CreateComponent, failsNamingTheLibraryWhereThatHasNoFactoryFunction)

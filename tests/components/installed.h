@@ -1,8 +1,10 @@
 /// @file
 /// Installations of one fixture library that have a map already: a start scans nothing, unless something is changed.
+/// And those of two libraries without a map, for what depends on the order of the scan.
 #pragma once
 
 #include "tests/components/map_text.h"
+#include "tests/support/temporary_directory.h"
 #include "tests/support/temporary_installation.h"
 
 #include <string>
@@ -35,6 +37,29 @@ public:
     InstalledEngines() : Installed("engines", {"Engine", "Wheel"}) {}
     /// The map file holds that text.
     explicit InstalledEngines(std::string const& map) : InstalledEngines() { writeFile(mapFile(), map); }
+};
+
+/// Two libraries that the scan meets in this order, called libone.so.1 and libtwo.so.1 or the other way round.
+class InstalledInOrder : public TemporaryInstallation {
+public:
+    InstalledInOrder(std::string const& firstFixture, std::string const& secondFixture)
+    {
+        add(firstFixture, "libone.so.1");
+        add(secondFixture, "libtwo.so.1");
+        auto const order = librariesInDirectoryOrder();
+        if (order[0] == "libtwo.so.1") {  // change what they hold, which leaves them at their places
+            auto const one = readFile(library("libone.so.1"));
+            writeFile(library("libone.so.1"), readFile(library("libtwo.so.1")));
+            writeFile(library("libtwo.so.1"), one);
+            setWriteTime(library("libone.so.1"), writeTime);
+            setWriteTime(library("libtwo.so.1"), writeTime);
+        }
+        first = order[0];
+        second = order[1];
+    }
+
+    std::string first;
+    std::string second;
 };
 
 }  // namespace Zelm::Testing

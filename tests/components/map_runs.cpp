@@ -1,15 +1,20 @@
 #include "tests/components/map_runs.h"
 
+#include "tests/support/no_more_files.h"
 #include "zelm/components/components_map.h"
 #include "zelm/core/install_paths.h"
 #include "zelm/metadata/reader_json.h"
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <fstream>
 #include <iostream>
 #include <locale>
+#include <optional>
 #include <set>
+
+#include <sys/resource.h>
 
 namespace Zelm::Testing {
 
@@ -75,6 +80,46 @@ ZELM_CHILD(initializesAMapWithRows)
         rows.emplace_back(childArguments()[i], std::stoi(childArguments()[i + 1]));
     map.sharedLibraries.assign(rows);
     return printInitialized(map);
+}
+
+ZELM_CHILD(initializesAMapWithoutFiles)
+{
+    ComponentsRepository::Map map;
+    bool result = false;
+    {
+        NoMoreFiles const limit;
+        result = initializeSourceMap(map);
+    }
+    print(map, result);
+    return 0;
+}
+
+void setLimit(decltype(RLIMIT_NOFILE) resource, std::optional<rlim_t> value)
+{
+    rlimit limit{};
+    getrlimit(resource, &limit);
+    limit.rlim_cur = value.value_or(limit.rlim_max);
+    setrlimit(resource, &limit);
+}
+
+ZELM_CHILD(initializesAMapAndGetsItsFilesBack)
+{
+    ComponentsRepository::Map map;
+    bool const result = initializeSourceMap(map);
+    setLimit(RLIMIT_NOFILE, std::nullopt);
+    print(map, result);
+    return 0;
+}
+
+ZELM_CHILD(initializesAMapOnAFullDisk)
+{
+    std::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit then fails as it does on a full disk
+    setLimit(RLIMIT_FSIZE, std::stoul(childArguments().at(0)));
+    ComponentsRepository::Map map;
+    bool const result = initializeSourceMap(map);
+    setLimit(RLIMIT_FSIZE, std::nullopt);  // standard output may be a file
+    print(map, result);
+    return 0;
 }
 
 /// With a map that holds nothing as a build leaves it.

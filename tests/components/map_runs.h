@@ -14,6 +14,9 @@ namespace Zelm::Testing {
 // The children, by their names:
 //  - initializesAMap;
 //  - initializesAMapUnderAGroupingLocale: the global C++ locale groups digits by thousands;
+//  - initializesAMapWithoutFiles: it can open no file meanwhile;
+//  - initializesAMapAndGetsItsFilesBack: a library may have taken that away from it;
+//  - initializesAMapOnAFullDisk: its argument is how many bytes of a file can be written;
 //  - initializesAMapWithRows: with a map that holds library rows already; its arguments are names and time stamps;
 //  - buildsOverAnotherMap: with a map that holds nothing as a build leaves it.
 

@@ -296,5 +296,31 @@ TEST(MapFileOutOfMemory, isWholeOrAsItWas)
     }
 }
 
+// ------------------------------------------------------------------------------------------- the process's repository
+
+ZELM_CHILD(asksForTheRepositoryUntilMemorySuffices)
+{
+    auto const failures =
+        failEachAllocationInTurn([] { ComponentsRepositoryInterface::getComponentsRepository(); }, [] {});
+
+    ZELM_CHECK(failures > 10);
+    auto const repository = ComponentsRepositoryInterface::getComponentsRepository();
+    ZELM_CHECK(repository->findComponent(coreFactoryName) != nullptr);
+    AllocationCount const allocations;
+    ComponentsRepositoryInterface::getComponentsRepository()->findComponent(coreFactoryName);
+    ZELM_CHECK(allocations.made() == 0);
+    repository->addComponent(
+        std::make_shared<Scripted>(Scripted::Action(), [](Scripted&) { std::cout << "ended" << std::endl; }), "a");
+    return 0;
+}
+
+TEST(GetComponentsRepositoryOutOfMemory, triesAgainAtTheNextCallAndEndsItsComponentsOnce)
+{
+    auto const child = TemporaryInstallation().run("asksForTheRepositoryUntilMemorySuffices");
+
+    EXPECT_EQ(child.out, "ended\n");
+    EXPECT_EQ(child.status, 0) << child.err;
+}
+
 }  // namespace
 }  // namespace Zelm
