@@ -1,6 +1,9 @@
 #include "zelm/core/files.h"
 
+#include "tests/core/system_calls.h"
 #include "tests/support/child_process.h"
+#include "tests/support/failing_allocator.h"
+#include "tests/support/no_more_files.h"
 #include "tests/support/temporary_directory.h"
 
 #include <gmock/gmock.h>
@@ -26,7 +29,11 @@ namespace {
 using Testing::childArguments;
 using Testing::ChildOptions;
 using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using Testing::EndOfReading;
+using Testing::failEachAllocationInTurn;
 using ::testing::IsEmpty;
+using Testing::NoMoreFiles;
 using Testing::runChild;
 using Testing::TemporaryDirectory;
 using ::testing::UnorderedElementsAre;
@@ -148,6 +155,31 @@ TEST(GetFileList, isEmptyWhereThereIsNoDirectory)
     EXPECT_THAT(getFileList(directory / "nothing/*", everything), IsEmpty());
     EXPECT_THAT(getFileList(directory / "file/*", everything), IsEmpty());
     EXPECT_THAT(getFileList("", everything), IsEmpty());
+    EXPECT_THAT(getFileList(directory / std::string(5000, 'x') + "/*", everything), IsEmpty());
+    std::filesystem::create_symlink("loop", directory / "loop");
+    EXPECT_THAT(getFileList(directory / "loop/*", everything), IsEmpty());
+}
+
+ZELM_CHILD(listsADirectoryWithoutFilesAndAgain)
+{
+    auto const list = [] { return getFileList(childArguments().at(0), IncludeFiles).size(); };
+    std::size_t without = 0;
+    {
+        NoMoreFiles const limit;
+        without = list();
+    }
+    std::cout << without << ' ' << list();
+    return 0;
+}
+
+TEST(GetFileList, isEmptyIfNoFileCanBeOpened)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "file", "");
+
+    auto const child = runChild("listsADirectoryWithoutFilesAndAgain", ChildOptions().with({directory / "*"}));
+
+    EXPECT_EQ(child.out, "0 1");
 }
 
 TEST(GetFileList, readsOneDirectoryAndTakesItsNameLiterally)
@@ -224,6 +256,39 @@ TEST(GetFileList, leavesNoDirectoryOpen)
     ASSERT_EQ(getFileList(directory / "nothing*", everything).size(), 0u);
 
     EXPECT_EQ(openFiles(), before);
+}
+
+TEST(GetFileList, holdsWhatWasReadBeforeTheDirectoryFailed)
+{
+    TemporaryDirectory const directory;
+    for (char const* name : {"a", "b", "c"})
+        writeFile(directory / name, "");
+    auto const whole = pathsOf(getFileList(directory / "*", everything));
+    auto const before = openFiles();
+
+    for (std::size_t entries = 0; entries <= whole.size(); ++entries) {
+        SCOPED_TRACE(entries);
+        EndOfReading const end(static_cast<int>(entries));
+        auto const paths = pathsOf(getFileList(directory / "*", everything));
+
+        EXPECT_THAT(paths, ElementsAreArray(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(entries)));
+    }
+    EXPECT_EQ(openFiles(), before);
+}
+
+TEST(GetFileList, leavesNoDirectoryOpenIfMemoryRunsOut)
+{
+    TemporaryDirectory const directory;
+    writeFile(directory / "file", "");
+    auto const pattern = directory / "*";
+    auto const before = openFiles();
+
+    std::size_t found = 0;
+    auto const failures = failEachAllocationInTurn([&] { found = getFileList(pattern, everything).size(); },
+                                                   [&] { EXPECT_EQ(openFiles(), before); });
+
+    EXPECT_EQ(found, 3u);
+    EXPECT_GT(failures, 3u);
 }
 
 TEST(GetFileList, keepsAllButOneOfTheDelimitersBeforeTheName)

@@ -355,6 +355,12 @@ TEST(GetLastFileWriteTime, isFalseAndLeavesTheTimeAloneWithoutAFile)
 
     EXPECT_FALSE(getLastFileWriteTime((directory / "nothing").c_str(), time));
     EXPECT_FALSE(getLastFileWriteTime((directory / "dangling").c_str(), time));
+    EXPECT_FALSE(getLastFileWriteTime("", time));
+    writeFile(directory / "file", "");
+    EXPECT_FALSE(getLastFileWriteTime((directory / "file/below").c_str(), time));
+    std::filesystem::create_symlink("loop", directory / "loop");
+    EXPECT_FALSE(getLastFileWriteTime((directory / "loop").c_str(), time));
+    EXPECT_FALSE(getLastFileWriteTime((directory / std::string(5000, 'x')).c_str(), time));
 
     EXPECT_EQ(time, 7);
 }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
@@ -18,6 +19,8 @@ namespace {
 std::atomic<int> linkReads{0};
 std::atomic<int> waits{0};
 std::atomic<clockid_t> waitClock{-1};  // no clock
+constexpr int noLimit = -1;
+int entriesLeft = noLimit;
 }  // namespace
 
 Answer& currentDirectory()
@@ -30,6 +33,16 @@ Answer& executableLink()
 {
     static Answer answer;
     return answer;
+}
+
+EndOfReading::EndOfReading(int entries)
+{
+    entriesLeft = entries;
+}
+
+EndOfReading::~EndOfReading()
+{
+    entriesLeft = noLimit;
 }
 
 int executableLinkReads()
@@ -91,6 +104,21 @@ __attribute__((visibility("default"))) ssize_t readlink(char const* path, char* 
     std::size_t const length = std::min(size, answer.text->size());
     std::memcpy(buffer, answer.text->data(), length);
     return static_cast<ssize_t>(length);
+}
+
+__attribute__((visibility("default"))) dirent* readdir(DIR* directory)
+{
+    using Read = dirent*(DIR*);
+    static auto* const realRead = reinterpret_cast<Read*>(dlsym(RTLD_NEXT, "readdir"));
+
+    int& left = Zelm::Testing::entriesLeft;
+    if (left == 0) {
+        errno = EIO;
+        return nullptr;
+    }
+    if (left > 0)
+        --left;
+    return realRead(directory);
 }
 
 __attribute__((visibility("default"))) int pthread_cond_clockwait(pthread_cond_t* condition, pthread_mutex_t* mutex,

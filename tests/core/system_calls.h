@@ -1,7 +1,7 @@
 /// @file
-/// This test program has getcwd and readlink of its own, which the core library uses in place of the C library's. They
-/// do the real work, unless an answer stands in for it: for directories that a test can't make, such as a "/bin" that
-/// is no link, for failures, and to see whether the question is asked at all.
+/// This test program has getcwd, readlink and readdir of its own, which the core library uses in place of the C
+/// library's. They do the real work, unless an answer stands in for it: for directories that a test can't make, such as
+/// a "/bin" that is no link, for failures, and to see whether the question is asked at all.
 ///
 ///     StandIn const directory(currentDirectory(), "/bin");   // getcwd says "/bin" while this lives
 ///
@@ -28,6 +28,15 @@ Answer& currentDirectory();
 
 /// What readlink answers for "/proc/self/exe".
 Answer& executableLink();
+
+/// While it lives, readdir delivers that many more entries and then fails, as where the medium can't be read on.
+class EndOfReading {
+public:
+    explicit EndOfReading(int entries);
+    ~EndOfReading();
+    EndOfReading(EndOfReading const&) = delete;
+    EndOfReading& operator=(EndOfReading const&) = delete;
+};
 
 /// How often "/proc/self/exe" was read.
 int executableLinkReads();

@@ -12,7 +12,13 @@ Error::Error(unsigned int const& code, Category const& category, std::string con
 }
 
 Error::Error(Error const& other) = default;
-Error& Error::operator=(Error const& other) = default;
+Error& Error::operator=(Error const& other)
+{
+    message_ = other.message_;  // first, since it alone can fail
+    code_ = other.code_;
+    category_ = other.category_;
+    return *this;
+}
 Error::~Error() = default;
 
 std::string Error::info() const

@@ -26,7 +26,7 @@ public:
     Error();
     Error(unsigned int const& code, Category const& category, std::string const& message);
     Error(Error const& other);
-    Error& operator=(Error const& other);
+    Error& operator=(Error const& other);  ///< all stays as it was if memory runs out
     virtual ~Error();
 
     unsigned int code() const { return code_; }

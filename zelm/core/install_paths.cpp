@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <mutex>
+#include <utility>
 
 namespace Zelm {
 
@@ -48,14 +49,15 @@ void takeRootFromCurrentDirectory(std::string& root, std::string& libDefault)
         else
             libDefault.clear();
     }
-    std::cerr << "ZELM_DIR wasn't set using: " << root << std::endl;
 }
 
-void workOut(InternalPaths& paths)
+void workOut(InternalPaths& result)
 {
+    InternalPaths paths;
     std::string libDefault = "lib";
     getEnvOr(paths.root, "ZELM_DIR", "");
-    if (paths.root.empty())
+    bool const rootIsAGuess = paths.root.empty();
+    if (rootIsAGuess)
         takeRootFromCurrentDirectory(paths.root, libDefault);
 
     std::string libSubDir;
@@ -68,6 +70,11 @@ void workOut(InternalPaths& paths)
     // system treats two like one, and programs may compare the text.
     getEnvOr(paths.componentsMapDir, "ZELM_ComponentsMapDir", paths.root + paths.binaryDir);
     paths.componentsMapDir += pathSeparator();
+
+    // Said when nothing can fail any more: after a lack of memory the next call works all of this out again.
+    if (rootIsAGuess)
+        std::cerr << "ZELM_DIR wasn't set using: " << paths.root << std::endl;
+    result = std::move(paths);
 }
 
 InternalPaths const& resolveInternalPaths()

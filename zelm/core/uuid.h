@@ -14,6 +14,7 @@
 
 #include "zelm/core/export.h"
 
+#include <cstring>
 #include <iosfwd>
 #include <string>
 
@@ -31,7 +32,13 @@ public:
     /// Copies the bytes and not the text: the copy's text form is the standard one, whatever text `other` was built
     /// from. Assignment carries the text along.
     Uuid(Uuid const& other);
-    Uuid& operator=(Uuid const& other) = default;
+    /// All stays as it was if memory runs out.
+    Uuid& operator=(Uuid const& other)
+    {
+        text_ = other.text_;  // first, since it alone can fail
+        std::memmove(bytes_, other.bytes_, sizeof bytes_);
+        return *this;
+    }
     ~Uuid() = default;
 
     Bytes const& asUuid_t() const noexcept { return bytes_; }
