@@ -360,6 +360,22 @@ TEST(InvokeMessageHandlers, callsNoHandlerBehindOneThatThrows)
     EXPECT_EQ(calls, 1);
 }
 
+TEST(InvokeMessageHandlers, callsNoHandlerIfMemoryRunsOutForTheSearch)
+{
+    for (auto const size : {walked, probed}) {
+        int calls = 0;
+        auto const table =
+            filledUp(DispatchTable{{MessageKey(id1234, {}, {}), [&](MessagePtr const&) { ++calls; }}}, size);
+        auto const sent = message(id1234);
+
+        auto const failures =
+            failEachAllocationInTurn([&] { invokeMessageHandlers(sent, table); }, [&] { EXPECT_EQ(calls, 0); });
+
+        EXPECT_GT(failures, 0u);
+        EXPECT_EQ(calls, 1);
+    }
+}
+
 TEST(InvokeMessageHandlers, throwsAtAnEmptyHandler)
 {
     DispatchTable const table{{MessageKey(id1234, {}, {}), {}}};

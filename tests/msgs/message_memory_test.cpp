@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+
 namespace Zelm::Msgs {
 namespace {
 
@@ -13,6 +16,7 @@ using namespace Testing;
 using Zelm::Testing::AllocationCount;
 using Zelm::Testing::failEachAllocationInTurn;
 using Zelm::Testing::printedBy;
+using Zelm::Testing::Shortage;
 
 std::string const longName = "a name too long to be stored inside of a string object";
 
@@ -71,6 +75,83 @@ TEST(MessageMemory, leavesNoMessageBehindIfItRunsOutWhileTheFactoryMakesOne)
     factory.deregisterMessage(kind);
 
     EXPECT_GT(failures, 0u);
+}
+
+TEST(MessageMemory, leavesNoMessageBehindIfItRunsOutWhileOneIsMade)
+{
+    Element const source = form({{longName, string(longName)}, {"SenderID", addressForm({longName})}});
+    Counted const original(source.CastTo<MetaData::Object>());
+    struct {
+        char const* what;
+        std::function<void()> make;
+    } const ways[] = {
+        {"of identifier and addresses",
+         [] {
+             Message const made(kind, {longName}, {longName, longName});
+         }},
+        {"of a form", [&] { Counted const made(source.CastTo<MetaData::Object>()); }},
+        {"of another message", [&] { Counted const made(original); }},
+        {"of another message, to be shared", [&] { auto const made = std::make_shared<Counted const>(original); }},
+    };
+
+    for (auto const& way : ways)
+        for (auto const shortage : {Shortage::Passing, Shortage::Lasting}) {
+            SCOPED_TRACE(way.what);
+            unsigned long failures = 0;
+            printedBy([&] {
+                failures = failEachAllocationInTurn(
+                    way.make, [] { EXPECT_EQ(Counted::alive, 1); }, shortage);
+            });
+            EXPECT_GT(failures, 0u);
+        }
+    EXPECT_EQ(namesIn(formOf(original)), (Names{"MessageID", "MsgUUID", "SenderID", longName}));
+}
+
+TEST(MessageMemory, leavesAMessageOfItsKindIfItRunsOutWhileAFormIsRead)
+{
+    Element const source = form({{longName, string(longName)}, {"SenderID", addressForm({longName})}});
+    Message message(kind, {"sender"}, {"dest"});
+
+    printedBy([&] {
+        failEachAllocationInTurn([&] { message.copyFromMetaData(source); },
+                                 [&] {
+                                     EXPECT_EQ(message.id().value(), kind);
+                                     EXPECT_EQ(formOf(message)["MessageID"], kindForm);
+                                 });
+    });
+
+    EXPECT_EQ(getSenderID(message).parts(), Parts{longName});
+    EXPECT_FALSE(hasDestID(message));
+    EXPECT_EQ(message.extendedField(longName), string(longName));
+}
+
+TEST(MessageMemory, leavesTheAddressesAsTheyWereIfItRunsOutWhileTheyAreSet)
+{
+    Message message(kind, {"sender"}, {"dest"});
+    Exts::SenderId const id({longName, longName});
+
+    auto const failures = failEachAllocationInTurn(
+        [&] {
+            setSenderID(message, id);
+            message.setExtendedField("DestID", id);
+        },
+        [&] { EXPECT_EQ(getDestID(message).parts(), Parts{"dest"}); });
+
+    EXPECT_GT(failures, 4u);
+    EXPECT_EQ(getSenderID(message).parts(), id.parts());
+    EXPECT_EQ(getDestID(message).parts(), id.parts());
+}
+
+TEST(MessageMemory, canBeHadAgainForAnExtendedField)
+{
+    Message message(kind, {}, {});
+    Note const note(longName);
+
+    auto const failures =
+        failEachAllocationInTurn([&] { message.setExtendedField(longName, note); }, [&] { formOf(message); });
+
+    EXPECT_GT(failures, 1u);
+    EXPECT_EQ(message.extendedField(longName), object({{"text", string(longName)}}));
 }
 
 TEST(MessageMemory, leavesTheRegistryAsItWasIfItRunsOutDuringRegistration)
