@@ -7,8 +7,21 @@
 
 #include <exception>
 #include <iostream>
+#include <memory>
 
 using namespace MessagePatterns;
+
+namespace {
+
+/// Ends all components before main ends, also if something is thrown: what they need is still there then, which static
+/// objects of their libraries may not be at the exit of the process.
+struct EndOfComponents {
+    std::shared_ptr<Zelm::ComponentsRepositoryInterface> const repository =
+        Zelm::ComponentsRepositoryInterface::getComponentsRepository();
+    ~EndOfComponents() { repository->releaseAllComponents(); }
+};
+
+}  // namespace
 
 int main()
 {
@@ -27,13 +40,12 @@ int main()
     };
     try {
         useOwnInstallation();
+        EndOfComponents const end;
         registerPlantMessages();
         for (auto const& idea : ideas) {
             std::cout << "== " << idea.title << '\n';
             idea.show();
         }
-        // Before main ends: dispatchers may need what static destructors take away.
-        Zelm::ComponentsRepositoryInterface::getComponentsRepository()->releaseAllComponents();
         return 0;
     } catch (std::exception const& failure) {
         std::cerr << "message_patterns: " << failure.what() << std::endl;

@@ -11,9 +11,11 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <iostream>
+#include <stdexcept>
 #include <utility>
 
 namespace Zelm {
@@ -206,6 +208,81 @@ TEST(Exit, givesARealCopyOfThePointerAsLongAsAnyIsKept)
                          "a ends, the repository is one without b\n"
                          "a goes, the repository is one without b\n");
     EXPECT_EQ(child.status, 0);
+}
+
+// -------------------------------------------------------------------------------------------- a library's static
+// objects
+
+/// Makes a Clerk, of the library "keeps_a_ledger", and ends as its argument says.
+ZELM_CHILD(makesAClerk)
+{
+    auto repository = ComponentsRepositoryInterface::getComponentsRepository();
+    repository->instantiateComponent("Clerk", "c", {});
+    std::cout << "main ends" << std::endl;
+    auto const& how = childArguments().at(0);
+    if (how == "release")
+        repository->releaseAllComponents();
+    if (how == "throw")
+        throw std::runtime_error("out of main");
+    if (how == "exit with a copy of the pointer")
+        std::exit(0);
+    repository.reset();
+    if (how == "exit")
+        std::exit(0);
+    return 0;
+}
+
+std::string const factoryStarts = "keeps_a_ledger: factory starts\n";
+std::string const factoryEnds = "keeps_a_ledger: factory ends\n";
+std::string const scanned = "ledger: made\n" + factoryStarts + factoryEnds;
+std::string const clerkStarts = "drawer: made\nClerk: starts, the ledger is there, the drawer is there\nmain ends\n";
+// Loaded by the scan, or when a component was asked for.
+std::string const firstStart = scanned + factoryStarts + clerkStarts;
+std::string const laterStart = "ledger: made\n" + factoryStarts + clerkStarts;
+
+/// What is printed at the first start of an installation of "keeps_a_ledger", where the scan loads it, and at a later
+/// one, where the map says what it makes.
+void expectAtBothStarts(std::string const& how, std::string const& atFirst, std::string const& later)
+{
+    TemporaryInstallation installation;
+    installation.add("keeps_a_ledger");
+    EXPECT_EQ(installation.run("makesAClerk", {how}).out, firstStart + atFirst);
+    EXPECT_EQ(installation.run("makesAClerk", {how}).out, laterStart + later);
+}
+
+TEST(Exit, findsALibrarysStaticObjectsOnPurposeOnlyIfTheyAreOlderThanTheRepository)
+{
+    for (std::string const how : {"return", "exit"}) {
+        SCOPED_TRACE(how);
+        expectAtBothStarts(how,
+                           "drawer: destroyed\n"
+                           "Clerk: ends, the ledger is there, the drawer is gone\n" +
+                               factoryEnds + "ledger: destroyed\n",
+                           "drawer: destroyed\nledger: destroyed\n"
+                           "Clerk: ends, the ledger is gone, the drawer is gone\n" +
+                               factoryEnds);
+    }
+}
+
+TEST(Exit, comesTooLateToMatterIfTheComponentsAreReleasedBeforeMainEnds)
+{
+    std::string const ends = "Clerk: ends, the ledger is there, the drawer is there\n" + factoryEnds +
+                             "drawer: destroyed\nledger: destroyed\n";
+
+    expectAtBothStarts("release", ends, ends);
+}
+
+TEST(Exit, endsNothingIfAnExceptionLeavesMain)
+{
+    expectAtBothStarts("throw", "", "");
+}
+
+// std::exit leaves the local variables of the functions that it doesn't return from as they are.
+TEST(Exit, endsNothingOnPurposeWhileAFunctionThatCallsItHoldsTheRepository)
+{
+    std::string const destroyed = "drawer: destroyed\nledger: destroyed\n";
+
+    expectAtBothStarts("exit with a copy of the pointer", destroyed, destroyed);
 }
 
 }  // namespace
