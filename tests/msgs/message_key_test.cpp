@@ -172,6 +172,13 @@ TEST(MessageKeyHash, usesTheStandardLibrarysHashOfTheBytes)
     EXPECT_EQ(MessageKey::hash({part}, 0), std::_Hash_bytes(part.data(), 3, 0xC70F6907));
 }
 
+// Bytes that are negative characters on some processors only.
+TEST(MessageKeyHash, isTheSameForBytesAbove127OnEveryProcessor)
+{
+    EXPECT_EQ(MessageKey::hash({"\xC3\xA9"}, 0), 0xDB283F24E33BC775);
+    EXPECT_EQ(MessageKey::hash({"caf\xC3\xA9 \xFF\x80\x7F"}, 0), 0xC4783E796251B999);
+}
+
 TEST(MessageKeyHash, isBlindToTheOrderOfTheParts)
 {
     EXPECT_EQ(MessageKey::hash({"a", "b"}, 7), MessageKey::hash({"b", "a"}, 7));
