@@ -74,6 +74,14 @@ ChildResult DemoInstallation::run(std::vector<std::string> const& arguments) con
     return Zelm::Testing::runProgram(program(), options(arguments));
 }
 
+ChildResult DemoInstallation::runByShell(std::string const& arguments) const
+{
+    std::vector<std::string> words{"-c", "exec \"$@\" " + arguments, "sh"};
+    for (auto const& word : Zelm::Testing::commandFor(program()))
+        words.push_back(word);
+    return Zelm::Testing::runProgram("/bin/sh", options(words));
+}
+
 std::string component(std::string const& id, std::string const& type, std::vector<std::string> const& arguments)
 {
     std::string list;

@@ -29,6 +29,8 @@ public:
     /// The environment that the program needs here: none but what a sanitizer's build wants to find libraries.
     Zelm::Testing::ChildOptions options(std::vector<std::string> const& arguments) const;
     Zelm::Testing::ChildResult run(std::vector<std::string> const& arguments) const;
+    /// With arguments and redirections as a shell takes them.
+    Zelm::Testing::ChildResult runByShell(std::string const& arguments) const;
 
 private:
     Zelm::Testing::TemporaryDirectory directory_;

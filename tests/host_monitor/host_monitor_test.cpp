@@ -133,8 +133,7 @@ TEST_F(HostMonitor, listsWhyTypesCantBeCreated)
 TEST_F(HostMonitor, saysThatTheListCouldntBeWritten)
 {
     installation.buildMap();
-    auto const child = Zelm::Testing::runProgram(
-        "/bin/sh", installation.options({"-c", "exec \"$0\" --list >/dev/full", installation.program()}));
+    auto const child = installation.runByShell("--list >/dev/full");
 
     EXPECT_EQ(child.err, "host_monitor: can't write standard output: No space left on device\n");
     EXPECT_EQ(child.status, 1);
@@ -198,8 +197,7 @@ TEST_F(HostMonitor, keepsWhatLibrariesSayWhileTheMapIsBuiltOutOfItsOutput)
 TEST_F(HostMonitor, worksWithoutAStandardErrorToSendDiagnosticsTo)
 {
     installation.buildMap();
-    auto const child = Zelm::Testing::runProgram(
-        "/bin/sh", installation.options({"-c", "exec \"$0\" --list 2>&-", installation.program()}));
+    auto const child = installation.runByShell("--list 2>&-");
 
     EXPECT_EQ(child.out, listWithoutLoading);
     EXPECT_EQ(child.status, 0);
@@ -327,8 +325,7 @@ TEST_F(HostMonitor, showsHelp)
 
 TEST_F(HostMonitor, saysThatTheHelpCouldntBeWritten)
 {
-    auto const child = Zelm::Testing::runProgram(
-        "/bin/sh", installation.options({"-c", "exec \"$0\" --help >/dev/full", installation.program()}));
+    auto const child = installation.runByShell("--help >/dev/full");
 
     EXPECT_EQ(child.err, "host_monitor: can't write standard output: No space left on device\n");
     EXPECT_EQ(child.status, 1);

@@ -28,7 +28,7 @@ ChildResult runScript(std::string const& path, std::vector<std::string> const& a
 
 TEST(Scripts, showTheirUsage)
 {
-    for (std::string const name : {"demo", "test"})
+    for (std::string const name : {"demo", "setup", "test"})
         for (char const* const option : {"--help", "-h"}) {
             SCOPED_TRACE(name + " " + option);
             auto const child = runScript(SCRIPTS_DIR "/" + name, {option});
@@ -47,6 +47,11 @@ TEST(Scripts, refuseUnknownOptionsInOneLine)
     EXPECT_EQ(demo.err, "demo: unknown argument \"--fast\" (see scripts/demo --help)\n");
     EXPECT_EQ(demo.out, "");
     EXPECT_EQ(demo.status, 2);
+
+    auto const setup = runScript(SCRIPTS_DIR "/setup", {"--arm64", "--fast"});
+    EXPECT_EQ(setup.err, "setup: unknown argument \"--fast\" (see scripts/setup --help)\n");
+    EXPECT_EQ(setup.out, "");
+    EXPECT_EQ(setup.status, 2);
 
     auto const test = runScript(SCRIPTS_DIR "/test", {"dev", "--fast"});
     EXPECT_EQ(test.err, "test: unknown option \"--fast\" (see scripts/test --help)\n");

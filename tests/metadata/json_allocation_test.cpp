@@ -253,6 +253,8 @@ TEST(JsonAllocation, failingInTheFastReadersParserIsReported)
 {
     if (Testing::underSanitizer)
         GTEST_SKIP() << "a sanitizer's runtime needs the address space for itself";
+    if (Testing::underEmulation)
+        GTEST_SKIP() << "an emulated program's memory can't be limited";
 
     for (char const* piece : {"readsALongArrayWithMoreAndMoreMemory", "readsALongStringWithMoreAndMoreMemory"}) {
         SCOPED_TRACE(piece);

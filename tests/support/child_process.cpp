@@ -210,6 +210,15 @@ ChildResult runProgram(std::string const& path, ChildOptions const& options)
     return run(path, options.arguments, options);
 }
 
+std::vector<std::string> commandFor(std::string const& path)
+{
+#ifdef ZELM_EMULATOR
+    return {ZELM_EMULATOR, path};
+#else
+    return {path};
+#endif
+}
+
 std::vector<std::string> const& childArguments()
 {
     return storedArguments();

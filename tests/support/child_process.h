@@ -54,6 +54,9 @@ ChildResult runChild(std::string const& name, ChildOptions const& options = {});
 /// Runs any program in the same way.
 ChildResult runProgram(std::string const& path, ChildOptions const& options = {});
 
+/// The words by which a shell starts a program of this build: its path, behind the emulator's if there is one.
+std::vector<std::string> commandFor(std::string const& path);
+
 /// In a child: the arguments that `with` gave.
 std::vector<std::string> const& childArguments();
 
@@ -64,6 +67,15 @@ std::string thisProgram();
 /// nothing there and LD_LIBRARY_PATH has to stand in for it.
 constexpr bool underSanitizer =
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    true;
+#else
+    false;
+#endif
+
+/// Whether these are programs of another processor, which an emulator runs. Limits that the kernel would enforce (of
+/// memory, say) count for the emulator then and not for the program.
+constexpr bool underEmulation =
+#if defined(ZELM_UNDER_EMULATION)
     true;
 #else
     false;
