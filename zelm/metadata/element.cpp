@@ -1,5 +1,7 @@
 #include "zelm/metadata/element.h"
 
+#include "zelm/metadata/private/element_imp.h"
+
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -77,44 +79,16 @@ Visitor::~Visitor() = default;
 
 // ------------------------------------------------------------------------------------------------ implementations
 
-class Element::Imp {
-public:
-    virtual ~Imp() = default;
-    virtual Imp* Clone() const = 0;
-    virtual void Accept(ConstVisitor& visitor) const = 0;
-    virtual void Accept(Visitor& visitor) = 0;
-    virtual bool Compare(Element const& other) const = 0;
-
-    ElementType GetElementType() const { return type_; }
-
-    Imp(Imp const&) = delete;
-    Imp& operator=(Imp const&) = delete;
-
-protected:
-    explicit Imp(ElementType type) : type_(type) {}
-
-private:
-    ElementType const type_;
-};
-
-template <class T> class Element::Imp_t final : public Element::Imp {
-public:
-    template <class... Args> explicit Imp_t(Args&&... args) : Imp(TypeToEnum<T>()), value(std::forward<Args>(args)...)
-    {
-    }
-
-    Imp* Clone() const override { return new Imp_t(value); }
-    void Accept(ConstVisitor& visitor) const override { visitor.Visit(value); }
-    void Accept(Visitor& visitor) override { visitor.Visit(value); }
-
-    bool Compare(Element const& other) const override { return other.equals(value); }
-
-    T value;
-};
-
 void Element::destroy(Imp* imp) noexcept
 {
-    delete imp;
+    if (!imp->isContainer()) {
+        delete imp;
+        return;
+    }
+    if (Private::Nesting const nesting; nesting.isDeep())
+        Tree::destroy(static_cast<ContainerImp*>(imp));
+    else
+        delete imp;
 }
 
 template <class T> T const* Element::castIf() const noexcept

@@ -17,6 +17,10 @@
 /// Only Number and Integer ever meet: asInt64 takes a Number, asDouble an Integer, and the two compare by the Number's
 /// floor. Any other pair of kinds refuses to convert and is unequal.
 ///
+/// A tree may be of any depth. What is done to all of it, by these classes and by the readers and the writer, takes no
+/// stack for each level, and to destroy it takes no memory either. A visitor that calls Accept for each part of what it
+/// visits does take stack, as does any function that calls itself.
+///
 /// References into an element (from operator[], a member, a cast) stay valid until that element is assigned, re-typed
 /// or destroyed. Inserting another member into an Object, or another element at either end of an Array, leaves them
 /// valid.
@@ -313,7 +317,9 @@ public:
 
 private:
     class Imp;
+    class ContainerImp;
     template <class T> class Imp_t;
+    class [[gnu::visibility("hidden")]] Tree;
 
     Element& memberOf(std::string_view name);
     Element const& memberOf(std::string_view name) const;
