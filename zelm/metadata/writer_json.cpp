@@ -1,5 +1,7 @@
 #include "zelm/metadata/writer_json.h"
 
+#include "zelm/metadata/private/level_stack.h"
+#include "zelm/metadata/private/parts.h"
 #include "zelm/metadata/private/stream_buffer.h"
 
 #include <array>
@@ -81,15 +83,23 @@ void putQuoted(std::ostream& stream, std::string_view rest)
 
 }  // namespace
 
-WriterJson::WriterJson(std::ostream& stream, bool pretty) : stream_(stream), pretty_(pretty) {}
+/// The containers that are open in the text.
+class WriterJson::Levels : public Private::LevelStack<Private::Parts> {};
+
+WriterJson::WriterJson(std::ostream& stream, bool pretty, Levels& levels)
+    : stream_(stream), pretty_(pretty), levels_(levels)
+{
+}
 WriterJson::~WriterJson() = default;
 
 // -------------------------------------------------------------------------------------------------------- interface
 
 template <class T> void WriterJson::writeAndFlush(T const& value, std::ostream& stream, bool pretty)
 {
-    WriterJson writer(stream, pretty);
+    Levels levels;
+    WriterJson writer(stream, pretty, levels);
     writer.Write_i(value);
+    writer.writeOpenLevels();
     stream.flush();
 }
 
@@ -180,52 +190,71 @@ void WriterJson::Write_i(Element const& value)
 
 void WriterJson::Write_i(Object const& value)
 {
-    if (value.empty()) {
-        put(stream_, "{}");
-        return;
-    }
-
-    put(stream_, "{");
-    put(stream_, endOfLine());
-    ++indentLevel_;
-    auto left = value.size();
-    for (auto const& member : value) {
-        put(stream_, indentationString());
-        putQuoted(stream_, member.name());
-        put(stream_, pretty_ ? " : " : ":");
-        Write_i(member.element());
-        if (--left == 0)
-            break;
-        put(stream_, ",");
-        put(stream_, endOfLine());
-    }
-    put(stream_, endOfLine());
-    --indentLevel_;
-    put(stream_, indentationString());
-    put(stream_, "}");
+    open(value, "{}");
 }
 
 void WriterJson::Write_i(Array const& value)
 {
+    open(value, "[]");
+}
+
+/// Of an empty container writes all, of any other what stands in front of its first part.
+template <class Container> void WriterJson::open(Container const& value, char const* brackets)
+{
     if (value.empty()) {
-        put(stream_, "[]");
+        put(stream_, brackets);
         return;
     }
-
-    put(stream_, "[");
-    put(stream_, endOfLine());
+    levels_.push(value);
     ++indentLevel_;
-    auto left = value.size();
-    for (auto const& element : value) {
-        put(stream_, indentationString());
-        Write_i(element);
-        if (--left != 0)
-            put(stream_, ",");
-        put(stream_, endOfLine());
+    put(stream_, {brackets, 1});
+    put(stream_, endOfLine());
+}
+
+/// Writes what is left of each container that is open, the innermost first, and closes it.
+void WriterJson::writeOpenLevels()
+{
+    while (!levels_.empty()) {
+        auto const depth = levels_.size();
+        auto& parts = levels_.top();
+        while (levels_.size() == depth && parts.left() != 0)
+            writePart(parts);
+        if (levels_.size() == depth)
+            close();
     }
+}
+
+/// Of a part that is a container itself may only write its beginning, and leave the rest to its own level.
+void WriterJson::writePart(Private::Parts& parts)
+{
+    auto const depth = levels_.size();
+    Private::Part const part = parts.next();
+    put(stream_, indentationString());
+    if (part.name) {
+        putQuoted(stream_, *part.name);
+        put(stream_, pretty_ ? " : " : ":");
+    }
+    Write_i(part.element);
+    if (levels_.size() == depth)
+        endPart(parts);
+}
+
+void WriterJson::close()
+{
+    bool const isObject = levels_.top().isObject();
+    levels_.pop();
     --indentLevel_;
     put(stream_, indentationString());
-    put(stream_, "]");
+    put(stream_, isObject ? "}" : "]");
+    if (!levels_.empty())
+        endPart(levels_.top());
+}
+
+void WriterJson::endPart(Private::Parts const& parts)
+{
+    if (parts.left() != 0)
+        put(stream_, ",");
+    put(stream_, endOfLine());
 }
 
 // ---------------------------------------------------------------------------------------------------------- scalars
