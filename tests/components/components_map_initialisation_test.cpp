@@ -234,6 +234,26 @@ TEST(MapInitialisation, readsTheFileAsFarAsItsClosingBraceOnPurpose)
     expectAccepted(InstalledEngines(enginesMap.text() + " {\"Version\" : garbage \xFF"), enginesMap);
 }
 
+/// So many levels that no thread's stack could hold a call for each of them.
+TEST(MapInitialisation, copesWithAFileOfAnyDepth)
+{
+    constexpr std::size_t levels = 200000;
+    std::string nested;
+    for (std::size_t level = 0; level < levels; ++level)
+        nested += level % 20 == 0 ? "[" : "{\"a\":";
+    std::string const unfinished = nested;
+    nested += "null";
+    for (std::size_t level = levels; level-- > 0;)
+        nested += level % 20 == 0 ? "]" : "}";
+    auto const withMember = [](std::string const& value) {
+        return "{\"Unknown\" : " + value + "," + enginesMap.text().substr(1);
+    };
+
+    expectAccepted(InstalledEngines(withMember(nested)), enginesMap);
+    expectBuilt(InstalledEngines(withMember(unfinished)), enginesLog, 1, enginesMap,
+                rebuilding + "couldn't load Components Map\n");
+}
+
 /// A map "file" that a writer keeps open behind the closing brace, so that its end never comes.
 TEST(MapInitialisation, doesNotWaitForTheEndOfTheFile)
 {

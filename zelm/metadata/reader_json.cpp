@@ -9,6 +9,8 @@
 #include <sstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 namespace Zelm::MetaData {
 
@@ -120,47 +122,71 @@ class Parser {
 public:
     explicit Parser(TokenStream& tokens) : tokens_(tokens) {}
 
-    void Parse(Element& element);
-    void Parse(Object& object);
-    void Parse(Array& array);
-    void Parse(Trivial_T<std::string>& value)
+    template <class T> void Parse(T& value)
+    {
+        begin(value);
+        parseOpenLevels();
+    }
+
+private:
+    /// A container that is being parsed. A part is complete when all levels above this one are gone.
+    struct Level {
+        explicit Level(Object& container) : object(&container) {}
+        explicit Level(Array& container) : array(&container) {}
+
+        Object* object = nullptr;  // one of the two
+        Array* array = nullptr;
+        bool inPart = false;
+        Object::Member member;  // goes into the Object when it is complete
+        Token const* firstOfMember = nullptr;
+    };
+
+    // Each takes the whole value in or, of a container, what stands in front of its first part.
+    void begin(Element& element);
+    void begin(Object& object) { beginContainer(object, Type::ObjectOpen, Type::ObjectClose); }
+    void begin(Array& array) { beginContainer(array, Type::ArrayOpen, Type::ArrayClose); }
+    void begin(Trivial_T<std::string>& value)
     {
         value = tokens_.valueOf(tokens_.MatchExpectedToken(Type::StringToken));
     }
-    void Parse(Trivial_T<double>& value);
-    void Parse(Trivial_T<long>& value);
-    void Parse(Trivial_T<bool>& value)
+    void begin(Trivial_T<double>& value);
+    void begin(Trivial_T<long>& value);
+    void begin(Trivial_T<bool>& value)
     {
         value = tokens_.rawTextOf(tokens_.MatchExpectedToken(Type::BooleanToken)) == "true";
     }
-    void Parse(Null&) { tokens_.MatchExpectedToken(Type::NullToken); }
+    void begin(Null&) { tokens_.MatchExpectedToken(Type::NullToken); }
+    template <class T> void beginAs(Element& element) { begin(static_cast<T&>(element)); }
+    template <class Container> void beginContainer(Container& container, Type open, Type close);
 
-private:
-    void ParseMember(Object& object);
-    template <class T> void ParseAs(Element& element) { Parse(static_cast<T&>(element)); }
+    void parseOpenLevels();
+    void beginPart(Level& level);
+    void endPart(Level& level);
+    void insertMember(Level& level);
 
     TokenStream& tokens_;
     bool const quickNumbers_ = streamsConvertPlainly();
+    std::vector<Level> levels_;  // the innermost is the last
 };
 
-void Parser::Parse(Element& element)
+void Parser::begin(Element& element)
 {
     Token const& next = tokens_.Peek();
     switch (next.type) {
     case Type::ObjectOpen:
-        return ParseAs<Object>(element);
+        return beginAs<Object>(element);
     case Type::ArrayOpen:
-        return ParseAs<Array>(element);
+        return beginAs<Array>(element);
     case Type::StringToken:
-        return ParseAs<Trivial_T<std::string>>(element);
+        return beginAs<Trivial_T<std::string>>(element);
     case Type::NumberToken:
-        return ParseAs<Trivial_T<double>>(element);
+        return beginAs<Trivial_T<double>>(element);
     case Type::IntegerToken:
-        return ParseAs<Trivial_T<long>>(element);
+        return beginAs<Trivial_T<long>>(element);
     case Type::BooleanToken:
-        return ParseAs<Trivial_T<bool>>(element);
+        return beginAs<Trivial_T<bool>>(element);
     case Type::NullToken:
-        return ParseAs<Null>(element);
+        return beginAs<Null>(element);
     case Type::ObjectClose:
     case Type::ArrayClose:
     case Type::Comma:
@@ -170,49 +196,63 @@ void Parser::Parse(Element& element)
     tokens_.throwAt(next, "Unexpected token: " + tokens_.valueOf(next));
 }
 
-void Parser::Parse(Object& object)
+template <class Container> void Parser::beginContainer(Container& container, Type open, Type close)
 {
-    tokens_.MatchExpectedToken(Type::ObjectOpen);
-    bool more = !tokens_.EOS() && !tokens_.nextIs(Type::ObjectClose);
-    while (more) {
-        ParseMember(object);
-        more = tokens_.nextIs(Type::Comma);
-        if (more)
-            tokens_.MatchExpectedToken(Type::Comma);
-    }
-    tokens_.MatchExpectedToken(Type::ObjectClose);
+    tokens_.MatchExpectedToken(open);
+    if (tokens_.EOS() || tokens_.nextIs(close))
+        tokens_.MatchExpectedToken(close);
+    else
+        levels_.emplace_back(container);
 }
 
-void Parser::ParseMember(Object& object)
+void Parser::parseOpenLevels()
 {
-    Object::Member member;
-    Token const& first = tokens_.Peek();
-    member.name() = tokens_.valueOf(tokens_.MatchExpectedToken(Type::StringToken));
+    while (!levels_.empty()) {
+        Level& level = levels_.back();
+        if (level.inPart)
+            endPart(level);
+        else
+            beginPart(level);
+    }
+}
+
+/// What the level holds stays where it is, but the level itself moves when another is put on it.
+void Parser::beginPart(Level& level)
+{
+    level.inPart = true;
+    if (level.array)
+        return begin(*level.array->insert(Element()));
+    level.firstOfMember = &tokens_.Peek();
+    level.member.name() = tokens_.valueOf(tokens_.MatchExpectedToken(Type::StringToken));
     tokens_.MatchExpectedToken(Type::Colon);
-    Parse(member.element());
+    begin(level.member.element());
+}
+
+void Parser::endPart(Level& level)
+{
+    level.inPart = false;
+    if (level.object)
+        insertMember(level);
+    if (tokens_.nextIs(Type::Comma)) {
+        tokens_.MatchExpectedToken(Type::Comma);
+        return;
+    }
+    tokens_.MatchExpectedToken(level.object ? Type::ObjectClose : Type::ArrayClose);
+    levels_.pop_back();
+}
+
+void Parser::insertMember(Level& level)
+{
     try {
-        object.insert(std::move(member));
+        level.object->insert(std::move(level.member));
     } catch (Exception const&) {
         // Never reached, on purpose: a duplicate name is reported as Zelm::Exception::InvalidParameter, which is no
         // MetaData::Exception, and goes to the caller as it stands, without a position.
-        tokens_.throwAt(first, "Duplicate object member token: " + member.name());
+        tokens_.throwAt(*level.firstOfMember, "Duplicate object member token: " + level.member.name());
     }
 }
 
-void Parser::Parse(Array& array)
-{
-    tokens_.MatchExpectedToken(Type::ArrayOpen);
-    bool more = !tokens_.EOS() && !tokens_.nextIs(Type::ArrayClose);
-    while (more) {
-        Parse(*array.insert(Element()));
-        more = tokens_.nextIs(Type::Comma);
-        if (more)
-            tokens_.MatchExpectedToken(Type::Comma);
-    }
-    tokens_.MatchExpectedToken(Type::ArrayClose);
-}
-
-void Parser::Parse(Trivial_T<double>& value)
+void Parser::begin(Trivial_T<double>& value)
 {
     Token const& token = tokens_.Peek();
     tokens_.MatchExpectedToken(Type::NumberToken);
@@ -223,7 +263,7 @@ void Parser::Parse(Trivial_T<double>& value)
 }
 
 /// Always ends in the exception of MatchExpectedToken, since the scanner makes no such token.
-void Parser::Parse(Trivial_T<long>& value)
+void Parser::begin(Trivial_T<long>& value)
 {
     Token const& token = tokens_.Peek();
     tokens_.MatchExpectedToken(Type::IntegerToken);
