@@ -80,7 +80,7 @@ public:
     /// the input. A string that isn't closed ends in std::bad_alloc, or in a ScanException if its last byte is the
     /// backslash of an escape. What the stream itself is set to throw, at its end too, passes through. In every case
     /// the stream stands where it was last read, with the bits set that peek and get set there.
-    /// Recursion follows the depth of the text, without a limit of its own.
+    /// Depth takes memory alone, and no stack for each level: a text may be as deep as it is long.
     ZELM_EXPORT static void Read(Object& value, std::istream& stream);
     ZELM_EXPORT static void Read(Element& value, std::istream& stream);
 
@@ -105,7 +105,7 @@ public:
     ///
     /// Throws nothing but the allocator's exceptions, and tells the caller nothing. A text that doesn't parse leaves
     /// the target as it was and gives the line "Read: Parser Error!" on standard output; one whose value is no object
-    /// leaves it as it was without a word. Recursion follows the depth of the text, without a limit of its own.
+    /// leaves it as it was without a word. Depth takes memory alone, and no stack for each level.
     ZELM_EXPORT static void Read(Object& object, std::string const& text);
 };
 

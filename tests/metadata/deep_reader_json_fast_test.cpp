@@ -1,0 +1,63 @@
+// Reading text of any depth from a string takes no stack for each level.
+#include "zelm/metadata/reader_json.h"
+
+#include "tests/metadata/deep_trees.h"
+#include "tests/metadata/elements.h"
+#include "tests/support/printed_by.h"
+#include "tests/support/small_stack.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+namespace Zelm::MetaData {
+namespace {
+
+using Testing::deepLevels;
+using Testing::deepText;
+using Testing::deepTree;
+using Testing::innermostOf;
+using Testing::integer;
+using Zelm::Testing::onASmallStack;
+using Zelm::Testing::printedBy;
+
+TEST(DeepFastReader, readsEveryLevel)
+{
+    onASmallStack([] {
+        Object object;
+        auto const printed = printedBy([&] { ReaderJson::Read(object, deepText("{\"x\":[null,7]}", deepLevels + 2)); });
+
+        EXPECT_EQ(printed, "");
+        EXPECT_EQ(innermostOf(Element(std::move(object)), deepLevels + 2),
+                  Testing::object({{"x", Testing::array({Element(), integer(7)})}}));
+    });
+}
+
+TEST(DeepFastReader, printsItsLineForAFaultBelowEveryLevelAndLeavesTheTarget)
+{
+    onASmallStack([] {
+        for (char const* inside : {"", "x", "]}", "{\"a\":1,}"}) {
+            SCOPED_TRACE(inside);
+            Object object = Testing::object({{"kept", integer(1)}});
+            auto const printed =
+                printedBy([&] { ReaderJson::Read(object, "{\"a\":" + std::string(deepLevels, '[') + inside); });
+
+            EXPECT_EQ(printed, "Read: Parser Error!\n");
+            EXPECT_EQ(object, Testing::object({{"kept", integer(1)}}));
+        }
+    });
+}
+
+TEST(DeepJsonStrings, giveBackADeepObject)
+{
+    onASmallStack([] {
+        constexpr unsigned long levels = 2002;  // the text in lines grows with the square of it
+        Object const object = deepTree(integer(7), levels).CastTo<Object>();
+
+        EXPECT_TRUE(Json::jsonStringtoMetaData(Json::metaDatatoJsonString(object)) == object);
+    });
+}
+
+}  // namespace
+}  // namespace Zelm::MetaData
