@@ -28,7 +28,7 @@ bool pathExists(Element const& element, Path const& path)
     return true;
 }
 
-/// One walk over a tree. It keeps the steps to where it is and makes each result once, in its final place.
+/// One walk over a tree, of any depth. It keeps the way to where it is and makes each result once, in its final place.
 class Search {
 public:
     /// The promised order is that of a search in which each call puts its own place into an empty list, and then, child
@@ -42,15 +42,13 @@ public:
     {
     }
 
-    void visit(Element const& element, Order order, bool skipSelf)
+    void run(Element const& root, bool skipSelf)
     {
-        if (order == SelfFirst && !skipSelf)
-            testSelf(element);
-        if (isOver())
-            return;
-        visitParts(element, order);
-        if (order == SelfLast && !skipSelf)
-            testSelf(element);
+        enter({nullptr, 0}, root, findFirstOnly_ ? SelfFirst : SelfLast, skipSelf);
+        while (!levels_.empty() && !isOver()) {
+            if (!enterNextPart())
+                leave();
+        }
     }
 
     std::list<Path> results() && { return std::move(results_); }
@@ -61,40 +59,62 @@ private:
         unsigned long index;
     };
 
+    /// An element that the search has come to and not left yet. The next of its parts is the one at `member` or `index`
+    /// in SelfFirst order, and the one in front of that in SelfLast order.
+    struct Level {
+        Step step;  // from the level before
+        Element const& element;
+        Order order;
+        bool skipSelf;
+        Object const* object = nullptr;
+        Object::const_iterator member{};
+        Array const* array = nullptr;
+        unsigned long index = 0;
+    };
+
     bool isOver() const { return findFirstOnly_ && !results_.empty(); }
 
-    void visitParts(Element const& element, Order order)
+    void enter(Step step, Element const& element, Order order, bool skipSelf)
     {
+        Level level{step, element, order, skipSelf};
         if (element.GetElementType() == ElementType::Object) {
-            walk(element.CastTo<Object>(), order, [&](auto const& member) {
-                visitPart({&member->name(), 0}, member->element(), order);
-            });
+            level.object = &element.CastTo<Object>();
+            level.member = order == SelfFirst ? level.object->begin() : level.object->end();
         } else if (enterArrays_ && element.GetElementType() == ElementType::Array) {
-            auto const& array = element.CastTo<Array>();
-            walk(array, order, [&](auto const& part) {
-                visitPart({nullptr, static_cast<unsigned long>(part - array.begin())}, *part, order);
-            });
+            level.array = &element.CastTo<Array>();
+            level.index = order == SelfFirst ? 0 : level.array->size();
         }
+        levels_.push_back(level);
+        if (order == SelfFirst && !skipSelf)
+            testSelf(element);
     }
 
-    template <class Container, class VisitAt>
-    void walk(Container const& parts, Order order, VisitAt const& visitAt) const
+    void leave()
     {
-        if (order == SelfFirst) {
-            for (auto part = parts.begin(); part != parts.end() && !isOver(); ++part)
-                visitAt(part);
-        } else {
-            for (auto part = parts.end(); part != parts.begin();)
-                visitAt(--part);
-        }
+        Level const& level = levels_.back();
+        if (level.order == SelfLast && !level.skipSelf)
+            testSelf(level.element);
+        levels_.pop_back();
     }
 
-    void visitPart(Step step, Element const& part, Order orderOfParent)
+    /// False if the innermost level has no part left.
+    bool enterNextPart()
     {
-        steps_.push_back(step);
+        Level& level = levels_.back();
+        bool const isSelfFirst = level.order == SelfFirst;
         // The orders take turns, but the first place of all is the first one that a plain walk meets.
-        visit(part, (findFirstOnly_ || orderOfParent == SelfLast) ? SelfFirst : SelfLast, false);
-        steps_.pop_back();
+        Order const order = (findFirstOnly_ || !isSelfFirst) ? SelfFirst : SelfLast;
+        if (level.object && level.member != (isSelfFirst ? level.object->end() : level.object->begin())) {
+            Object::Member const& member = isSelfFirst ? *level.member++ : *--level.member;
+            enter({&member.name(), 0}, member.element(), order, false);
+            return true;
+        }
+        if (level.array && level.index != (isSelfFirst ? level.array->size() : 0)) {
+            unsigned long const index = isSelfFirst ? level.index++ : --level.index;
+            enter({nullptr, index}, (*level.array)[index], order, false);
+            return true;
+        }
+        return false;
     }
 
     void testSelf(Element const& element)
@@ -102,8 +122,8 @@ private:
         if (!pathExists(element, path_))
             return;
         Path result;
-        for (Step const& step : steps_)
-            result.push_back(step.name ? *step.name : '[' + std::to_string(step.index) + ']');
+        for (auto level = levels_.begin() + 1; level != levels_.end(); ++level)
+            result.push_back(level->step.name ? *level->step.name : '[' + std::to_string(level->step.index) + ']');
         result.insert(result.end(), path_.begin(), path_.end());
         results_.push_back(std::move(result));
     }
@@ -111,7 +131,7 @@ private:
     Path const path_;
     bool const findFirstOnly_;
     bool const enterArrays_;
-    std::vector<Step> steps_;
+    std::vector<Level> levels_;  // from the root to where the search is
     std::list<Path> results_;
 };
 
@@ -164,7 +184,7 @@ std::list<Path> findSubElementsHelper(Element const& element, Path path, bool fi
                                       bool enterArrays)
 {
     Search search(std::move(path), findFirstOnly, enterArrays);
-    search.visit(element, findFirstOnly ? Search::SelfFirst : Search::SelfLast, skipSelf);
+    search.run(element, skipSelf);
     return std::move(search).results();
 }
 
