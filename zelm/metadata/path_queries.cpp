@@ -84,6 +84,9 @@ private:
             level.array = &element.CastTo<Array>();
             level.index = order == SelfFirst ? 0 : level.array->size();
         }
+        // Where no part is entered, nothing but an empty path can end: an Array has no member either.
+        if (!level.object && !level.array && !path_.empty())
+            return;
         levels_.push_back(level);
         if (order == SelfFirst && !skipSelf)
             testSelf(element);
