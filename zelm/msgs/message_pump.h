@@ -2,13 +2,16 @@
 /// One thread that takes messages from one queue and calls the handlers of one dispatch table, and keeps the dispatcher
 /// informed meanwhile: what stands in the table is what the queue is subscribed to.
 ///
-///     MessagePump pump(queue, dispatcher, {{MessageKey(Reading::MsgID(), {"plant"}, {}), onReading}});
+///     MessagePump pump(queue, dispatcher);
 ///     pump.start();
+///     pump.addEntriesToDispatchTable({{MessageKey(Reading::MsgID(), {"plant"}, {}), onReading}});
 ///     ...
 ///     pump.stop();                    // handles what a first-in first-out queue holds, then ends the thread
 ///
 /// A key with a destination is offered to the dispatcher as a service, any other is subscribed to. While the pump runs,
-/// changes of the table reach the dispatcher at once; a table filled before is published when the pump starts.
+/// changes of the table reach the dispatcher at once, on the thread that makes them. A table filled before is published
+/// by the pump's thread when that comes to it, some time after start() has returned: what is dispatched until then is
+/// missed. So where that counts the table is filled after the start, as above.
 ///
 /// Handlers run on the pump's thread with the pump's lock held, one at a time. A handler
 ///  - must not call its own pump: the lock isn't recursive, and stop() would wait for its own thread;
