@@ -127,4 +127,39 @@ TEST(Watch, findsNothingUnderNamesOfOtherThings)
     EXPECT_THAT(watch.examine(reading), IsEmpty());
 }
 
+TEST(Watch, warnsOnceOfAFieldThatTenReadingsDontHave)
+{
+    Watch watch({{"cpu", "loadPercnt", above, 90, 0}, {"cpu", "loadPercent", above, 90, 0}});
+    CpuReading reading;
+    set(reading, 50);
+
+    for (int i = 0; i < 9; ++i)
+        watch.examine(reading);
+    EXPECT_THAT(watch.takeWarnings(), IsEmpty());
+    watch.examine(reading);
+    EXPECT_THAT(watch.takeWarnings(), ElementsAre("10 readings of \"cpu\" have had no number \"loadPercnt\""));
+    for (int i = 0; i < 20; ++i)
+        watch.examine(reading);
+    EXPECT_THAT(watch.takeWarnings(), IsEmpty());
+}
+
+TEST(Watch, doesntWarnOfReadingsThatCouldntBeTakenNorOfAFieldThatWasThereBefore)
+{
+    Watch watch({{"cpu", "loadPercent", above, 90, 0}});
+    CpuReading failed;
+    failed.senderID = {"board", "cpu", "cpu"};
+    failed.error = std::string("no such file");
+    for (int i = 0; i < 20; ++i)
+        watch.examine(failed);
+    EXPECT_THAT(watch.takeWarnings(), IsEmpty());
+
+    CpuReading reading;
+    watch.examine(set(reading, 50));
+    CpuReading without;
+    without.senderID = {"board", "cpu", "cpu"};
+    for (int i = 0; i < 20; ++i)
+        watch.examine(without);
+    EXPECT_THAT(watch.takeWarnings(), IsEmpty());
+}
+
 }  // namespace HostMonitor

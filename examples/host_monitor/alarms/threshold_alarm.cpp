@@ -4,6 +4,8 @@
 
 #include "host_monitor/messaging.h"
 
+#include <iostream>
+
 namespace HostMonitor {
 
 using Zelm::Msgs::MessageDispatcherInterface;
@@ -44,6 +46,8 @@ void ThresholdAlarm::examine(Reading const& reading)
         dispatcher_->dispatchMessage(alarm);
         ++published_;
     }
+    for (auto const& warning : watch_->takeWarnings())
+        std::cerr << "host_monitor: component \"" + instanceId() + "\": " + warning + '\n';
 }
 
 }  // namespace HostMonitor

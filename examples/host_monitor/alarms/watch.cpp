@@ -5,6 +5,7 @@
 #include "host_monitor/addresses.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 
 namespace HostMonitor {
@@ -26,13 +27,17 @@ std::shared_ptr<AlarmMessage> makeAlarm(Threshold const& threshold, double value
 
 }  // namespace
 
-Watch::Watch(std::vector<Threshold> thresholds) : thresholds_(std::move(thresholds)) {}
+Watch::Watch(std::vector<Threshold> thresholds)
+{
+    for (auto& threshold : thresholds)
+        watched_.push_back({std::move(threshold)});
+}
 
 std::vector<std::string> Watch::sensors() const
 {
     std::vector<std::string> sensors;
-    for (auto const& threshold : thresholds_)
-        sensors.push_back(threshold.sensor());
+    for (auto const& watched : watched_)
+        sensors.push_back(watched.threshold.sensor());
     return sensors;
 }
 
@@ -43,18 +48,36 @@ std::vector<std::shared_ptr<AlarmMessage>> Watch::examine(Reading const& reading
     reading.copyToMetaData(form);
 
     std::vector<std::shared_ptr<AlarmMessage>> alarms;
-    for (auto& threshold : thresholds_) {
+    for (auto& watched : watched_) {
+        auto& threshold = watched.threshold;
         if (threshold.sensor() != sensor)
             continue;
         auto const values = fieldValues(form, threshold.field());
-        if (values.empty())
+        if (values.empty()) {
+            noteMissing(watched, reading);
             continue;
+        }
+        watched.hasHadValue = true;
         auto const [least, greatest] = std::minmax_element(values.begin(), values.end());
         double const value = threshold.side() == Threshold::Side::Above ? *greatest : *least;
         if (threshold.update(value))
             alarms.push_back(makeAlarm(threshold, value, reading));
     }
     return alarms;
+}
+
+void Watch::noteMissing(Watched& watched, Reading const& reading)
+{
+    constexpr unsigned patience = 10;
+    if (watched.hasHadValue || reading.error.initialized() || ++watched.readingsWithoutValue != patience)
+        return;
+    warnings_.push_back(std::to_string(patience) + " readings of \"" + watched.threshold.sensor() +
+                        "\" have had no number \"" + watched.threshold.field() + '"');
+}
+
+std::vector<std::string> Watch::takeWarnings()
+{
+    return std::exchange(warnings_, {});
 }
 
 }  // namespace HostMonitor

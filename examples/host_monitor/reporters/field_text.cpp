@@ -72,6 +72,17 @@ std::string fixedText(double value, int digits)
     return {buffer.data(), result.ptr};
 }
 
+/// With one decimal, but a number so small that this would show nothing of it with its first two digits.
+std::string plainText(double value)
+{
+    if (value == 0 || std::fabs(value) >= 0.1)
+        return fixedText(value, 1);
+    std::array<char, 32> buffer;
+    auto const result =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 2);
+    return {buffer.data(), result.ptr};
+}
+
 std::string numberText(double value, Unit unit)
 {
     switch (unit) {
@@ -83,7 +94,7 @@ std::string numberText(double value, Unit unit)
     case Unit::None:
         break;
     }
-    return fixedText(value, 1);
+    return plainText(value);
 }
 
 std::string integerText(long value, Unit unit)

@@ -1,12 +1,11 @@
 /// @file
 /// Makes a message class known to the factory that rebuilds messages from their form:
 ///
-///     bool const isRegistered = registerMessage<CpuReading>("CpuReading");      // at namespace scope, in a source
-///     file
+///     bool const isRegistered = registerMessage<CpuReading>("CpuReading");
 ///     ...
-///     auto const reading = Message::CreateFromMetaData(form);                   // a CpuReading
+///     auto const reading = Message::CreateFromMetaData(form);  // a CpuReading
 ///
-/// Do it in one source file of one library, the one that all users of the class are linked with. A header that did it
+/// Do it at namespace scope, in one source file of one library, the one that all users of the class are linked with. A header that did it
 /// would do it in each of them, every time with another function, and the factory takes that for a conflict.
 ///
 /// Thread-safety: registration belongs to the loading of a library, before messages are created from forms.
