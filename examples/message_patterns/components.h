@@ -11,8 +11,10 @@
 
 namespace MessagePatterns {
 
+// quote begins: names
 using Dispatcher = std::shared_ptr<Zelm::Msgs::MessageDispatcherInterface>;
 using Queue = std::shared_ptr<Zelm::Msgs::MessageQueueInterface>;
+// quote ends: names
 
 /// The one dispatcher under that instance id: whoever asks for the id gets the same.
 Dispatcher dispatcherCalled(std::string const& instanceId);

@@ -7,6 +7,7 @@
 
 namespace MessagePatterns {
 
+// quote begins: installation
 void useOwnInstallation()
 {
     char const* const chosen = std::getenv("ZELM_DIR");
@@ -16,5 +17,6 @@ void useOwnInstallation()
     if (setenv("ZELM_DIR", program.parent_path().parent_path().c_str(), 1) != 0)
         throw std::system_error(errno, std::generic_category(), "can't set ZELM_DIR");
 }
+// quote ends: installation
 
 }  // namespace MessagePatterns

@@ -15,11 +15,13 @@ namespace {
 
 /// Ends all components before main ends, also if something is thrown: what they need is still there then, which static
 /// objects of their libraries may not be at the exit of the process.
+// quote begins: end of components
 struct EndOfComponents {
     std::shared_ptr<Zelm::ComponentsRepositoryInterface> const repository =
         Zelm::ComponentsRepositoryInterface::getComponentsRepository();
     ~EndOfComponents() { repository->releaseAllComponents(); }
 };
+// quote ends: end of components
 
 }  // namespace
 
@@ -39,9 +41,11 @@ int main()
         {"A forwarder", showForwarder},
     };
     try {
+        // quote begins: frame
         useOwnInstallation();
         EndOfComponents const end;
         registerPlantMessages();
+        // quote ends: frame
         for (auto const& idea : ideas) {
             std::cout << "== " << idea.title << '\n';
             idea.show();
