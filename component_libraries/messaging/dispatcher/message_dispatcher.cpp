@@ -53,7 +53,7 @@ bool MessageDispatcher::dispatchMessage(MessagePointer message)
         return false;
     Receivers receivers;
     {
-        std::shared_lock<std::shared_mutex> const lock(mutex_.ofThisThread());
+        std::shared_lock<StripedMutex> const lock(mutex_);
         subscriptions_.collect(*message, receivers);
         for (auto const& forwarder : forwarders_)
             receivers.add(forwarder);
@@ -147,7 +147,7 @@ void MessageDispatcher::awaitCalls(void const* whom)
     for (;;) {
         std::shared_ptr<Receiver> receiver;
         {
-            std::shared_lock<std::shared_mutex> const lock(mutex_.ofThisThread());
+            std::shared_lock<StripedMutex> const lock(mutex_);
             receiver = retired_.next(whom, last);
         }
         if (!receiver)

@@ -1,0 +1,144 @@
+#include "dispatcher/striped_mutex.h"
+
+#include "tests/messaging/threads.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <thread>
+#include <vector>
+
+namespace Zelm::Messaging {
+namespace {
+
+using namespace Testing;
+
+using Reading = std::shared_lock<StripedMutex>;
+using Writing = std::unique_lock<StripedMutex>;
+
+// More than there are stripes, so that some threads share one.
+constexpr int manyThreads = 40;
+
+TEST(StripedMutex, letsManyThreadsReadAtOnce)
+{
+    StripedMutex mutex;
+    std::atomic<int> reading{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < manyThreads; ++i)
+        threads.emplace_back([&] {
+            Reading const lock(mutex);
+            ++reading;
+            EXPECT_TRUE(becomesTrue([&] { return reading == manyThreads; }));
+        });
+    for (auto& thread : threads)
+        thread.join();
+}
+
+TEST(StripedMutex, letsOneThreadWriteWhileNobodyReads)
+{
+    constexpr int each = 300;
+    StripedMutex mutex;
+    int value = 0;  // a race under -fsanitize=thread, if not a wrong sum, wherever two get in at once
+    int same = 0;
+    std::atomic<long> torn{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            for (int n = 0; n < each; ++n) {
+                Writing const lock(mutex);
+                ++value;
+                ++same;
+            }
+        });
+    for (int i = 0; i < 20; ++i)
+        threads.emplace_back([&] {
+            for (int n = 0; n < each; ++n) {
+                Reading const lock(mutex);
+                torn += value != same;
+            }
+        });
+    for (auto& thread : threads)
+        thread.join();
+
+    EXPECT_EQ(value, 3 * each);
+    EXPECT_EQ(torn, 0);
+}
+
+/// Readers that come and go. Those that got in stay until the next ones have tried.
+class Readers {
+public:
+    explicit Readers(StripedMutex& mutex)
+    {
+        for (int i = 0; i < manyThreads; ++i)
+            threads_.emplace_back([this, &mutex] {
+                Reading const lock(mutex);
+                ++reading_;
+                mayGo_.wait();
+            });
+    }
+    ~Readers()
+    {
+        letGo_.set_value();
+        for (auto& thread : threads_)
+            thread.join();
+    }
+    Readers(Readers const&) = delete;
+    Readers& operator=(Readers const&) = delete;
+
+    bool areAllIn() const { return reading_ == manyThreads; }
+
+private:
+    std::promise<void> letGo_;
+    std::shared_future<void> mayGo_ = letGo_.get_future().share();
+    std::atomic<int> reading_{0};
+    std::vector<std::thread> threads_;
+};
+
+TEST(StripedMutex, keepsNoWriterWaitingForReadersThatComeLaterHoweverManyThereAre)
+{
+    StripedMutex mutex;
+    std::future<void> writing;
+    auto early = std::make_unique<Readers>(mutex);
+    ASSERT_TRUE(becomesTrue([&] { return early->areAllIn(); }));
+    writing = inAnotherThread([&] { Writing const lock(mutex); });
+
+    // Readers that take turns without a gap would keep the writer out for ever. It may take a while until it waits.
+    std::unique_ptr<Readers> late;
+    ASSERT_TRUE(becomesTrue([&] {
+        auto next = std::make_unique<Readers>(mutex);
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        late = std::move(next);
+        return !late->areAllIn();
+    }));
+
+    early.reset();
+    writing.get();
+    EXPECT_TRUE(becomesTrue([&] { return late->areAllIn(); }));
+}
+
+TEST(StripedMutex, keepsNoReaderWaitingForWritersThatComeLater)
+{
+    StripedMutex mutex;
+    std::atomic<bool> finished{false};
+    std::vector<std::thread> writers;
+    for (int i = 0; i < 3; ++i)
+        writers.emplace_back([&] {
+            while (!finished)
+                Writing const lock(mutex);
+        });
+
+    for (int i = 0; i < 200; ++i)
+        Reading const lock(mutex);
+
+    finished = true;
+    for (auto& thread : writers)
+        thread.join();
+}
+
+}  // namespace
+}  // namespace Zelm::Messaging
