@@ -8,9 +8,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <future>
 #include <limits>
+#include <list>
 #include <memory>
+#include <vector>
 
 namespace Zelm::Messaging {
 namespace {
@@ -70,6 +74,48 @@ TYPED_TEST(AnyQueue, hasNothingToDeliverAtFirstAndSaysSoWithoutWaiting)
     EXPECT_EQ(this->queue->getMessage(0), nullptr);
     EXPECT_EQ(this->queue->getMessage(-1), nullptr);
     EXPECT_EQ(this->queue->getMessage(std::numeric_limits<long>::min()), nullptr);
+}
+
+TYPED_TEST(AnyQueue, looksWithoutWaitingWhileAnotherThreadWaits)
+{
+    auto waiting = inAnotherThread([&] { return this->queue->getMessage(); });
+    ASSERT_TRUE(isStillBlocked(waiting));
+
+    EXPECT_EQ(this->queue->getMessage(0), nullptr);
+    std::list<MessagePtr> messages;
+    this->queue->takeAllAvailableMessages(messages);
+    EXPECT_THAT(messages, IsEmpty());
+
+    this->queue->close();
+    EXPECT_EQ(waiting.get(), nullptr);
+}
+
+// Two threads wait, and others take messages from under their noses. Each time, what was put has to be taken by
+// somebody before anything else is put: nobody sleeps while there is a message.
+TYPED_TEST(AnyQueue, leavesNoMessageLyingWhileThreadsWait)
+{
+    std::atomic<int> taken{0};
+    std::vector<std::future<void>> consumers;
+    for (int i = 0; i < 2; ++i)
+        consumers.push_back(inAnotherThread([&] {
+            while (this->queue->getMessage())
+                ++taken;
+        }));
+    auto const stop = message(stopId);  // the one message that all queues keep
+
+    int put = 0;
+    bool isAllTaken = true;
+    for (int round = 0; round < 300 && isAllTaken; ++round) {
+        for (int i = 0; i <= round % 4; ++i, ++put)
+            this->queue->putMessage(stop);
+        if (round % 2 && this->queue->getMessage(0))
+            ++taken;
+        if (round % 5 == 0 && this->queue->getMessage(1))
+            ++taken;
+        isAllTaken = becomesTrue([&] { return taken == put; });
+    }
+    EXPECT_TRUE(isAllTaken);
+    this->queue->close();
 }
 
 TYPED_TEST(AnyQueue, givesAnEmptyPointerWhenTheTimeIsUpAndNotBefore)

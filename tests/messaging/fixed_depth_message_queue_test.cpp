@@ -2,6 +2,7 @@
 
 #include "tests/messaging/messages.h"
 #include "tests/messaging/threads.h"
+#include "tests/support/failing_allocator.h"
 #include "tests/support/throws_text.h"
 
 #include "zelm/core/exceptions.h"
@@ -9,6 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <list>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -152,6 +155,43 @@ TEST(FixedDepthMessageQueue, countsRightlyAfterAStopMessageWasTaken)
 
     EXPECT_EQ(queue.droppedMessages(), 1u);
     EXPECT_THAT(takeIds(queue), ElementsAre(2, 3));
+}
+
+TEST(FixedDepthMessageQueue, handsOutAllThatItHoldsAndCountsRightlyAfterwards)
+{
+    FixedDepthMessageQueue queue({"2"});
+    put(queue, {1, stopId, 2, 3});
+    std::list<MessagePtr> messages{message(7)};
+
+    queue.takeAllAvailableMessages(messages);
+
+    std::vector<unsigned long> ids;
+    for (auto const& each : messages)
+        ids.push_back(each->id().value());
+    EXPECT_THAT(ids, ElementsAre(stopId, 2, 3));
+    put(queue, {4, 5, 6});
+    EXPECT_EQ(queue.droppedMessages(), 2u);
+    EXPECT_THAT(takeIds(queue), ElementsAre(5, 6));
+}
+
+TEST(FixedDepthMessageQueue, losesNoMessageIfMemoryRunsOutWhileAllAreTaken)
+{
+    FixedDepthMessageQueue queue({"3"});
+    std::list<MessagePtr> messages;
+    put(queue, {1, 2, 3});
+
+    auto const failures = Zelm::Testing::failEachAllocationInTurn([&] { queue.takeAllAvailableMessages(messages); },
+                                                                  [&] {
+                                                                      std::vector<unsigned long> ids;
+                                                                      for (auto const& each : messages)
+                                                                          ids.push_back(each ? each->id().value() : 0);
+                                                                      for (unsigned long const id : takeIds(queue))
+                                                                          ids.push_back(id);
+                                                                      EXPECT_THAT(ids, ElementsAre(1, 2, 3));
+                                                                      put(queue, {1, 2, 3});
+                                                                  });
+
+    EXPECT_EQ(failures, 3u);
 }
 
 /// Calls the queue from its destructor.

@@ -128,6 +128,26 @@ TEST(MessageQueue, handsOutAllThatItHoldsInPlaceOfWhatTheListHeld)
     EXPECT_THAT(takeIds(queue), IsEmpty());
 }
 
+TEST(MessageQueue, handsOutTheRestInOrderAfterSomeWereTaken)
+{
+    MessageQueue queue({});
+    for (unsigned long const id : {1ul, 2ul, 3ul})
+        queue.putMessage(message(id));
+    queue.getMessage(0);
+    for (unsigned long const id : {4ul, 5ul})
+        queue.putMessage(message(id));
+    queue.close();
+    std::list<MessagePtr> messages;
+
+    queue.takeAllAvailableMessages(messages);
+
+    std::vector<unsigned long> ids;
+    for (auto const& each : messages)
+        ids.push_back(each->id().value());
+    EXPECT_THAT(ids, ElementsAre(2, 3, 4, 5));
+    EXPECT_EQ(queue.getMessage(), nullptr);
+}
+
 TEST(MessageQueue, losesNoMessageIfMemoryRunsOutWhileAllAreTaken)
 {
     MessageQueue queue({});
@@ -135,7 +155,10 @@ TEST(MessageQueue, losesNoMessageIfMemoryRunsOutWhileAllAreTaken)
     auto const fill = [&] {
         messages.clear();
         takeIds(queue);
-        for (unsigned long id : {1ul, 2ul, 3ul})
+        queue.putMessage(message(0));
+        queue.putMessage(message(1));
+        queue.getMessage(0);  // so that there is a batch, and more behind it
+        for (unsigned long id : {2ul, 3ul})
             queue.putMessage(message(id));
     };
     fill();

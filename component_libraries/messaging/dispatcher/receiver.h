@@ -64,6 +64,12 @@ public:
     std::size_t size() const { return first_ ? 1 + others_.size() : 0; }
     std::shared_ptr<Receiver> const& operator[](std::size_t i) const { return i == 0 ? first_ : others_[i - 1]; }
 
+    /// Room for that many in all.
+    void reserve(std::size_t count)
+    {
+        if (count > 1)
+            others_.reserve(count - 1);
+    }
     void add(std::shared_ptr<Receiver> receiver)
     {
         if (first_)

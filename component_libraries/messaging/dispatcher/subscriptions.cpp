@@ -147,11 +147,13 @@ void Subscriptions::collect(Msgs::Message const& message, Receivers& receivers) 
     if (!first)
         return;
     if (found.empty()) {
+        receivers.reserve(first->members.size());
         for (Topic::Member const& member : first->members)
             receivers.add(member.receiver);
         return;
     }
     makeUnique(found);
+    receivers.reserve(found.size());
     for (auto const* const receiver : found)
         receivers.add(*receiver);
 }

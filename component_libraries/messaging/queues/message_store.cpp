@@ -27,11 +27,10 @@ bool MessageStore::put(MessagePointer message)
 {
     if (!message)
         return false;
-    bool const isLimited = depth_ != withoutLimit;
-    bool const isStop = isLimited && isStopMessage(*message);
+    bool const isStop = isLimited() && isStopMessage(*message);
 
     MessagePointer oldest;  // goes when the lock is released
-    bool isAwaited = false;
+    bool wakes = false;
     {
         std::lock_guard<std::mutex> const lock(mutex_);
         if (closed_)
@@ -39,11 +38,13 @@ bool MessageStore::put(MessagePointer message)
         messages_.push_back(std::move(message));
         if (isStop)
             ++stopMessages_;
-        if (isLimited && messages_.size() - stopMessages_ > depth_)
+        if (isLimited() && messages_.size() - stopMessages_ > depth_)
             oldest = removeOldest();
-        isAwaited = waiting_ > 0;
+        // Nobody who has been woken for an earlier message and hasn't come yet needs to be woken again.
+        wakes = waiting_ > woken_;
+        woken_ += wakes;
     }
-    if (isAwaited)
+    if (wakes)
         changed_.notify_one();
     return true;
 }
@@ -60,9 +61,37 @@ MessagePointer MessageStore::removeOldest()
 
 MessagePointer MessageStore::take(long timeout)
 {
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (messages_.empty() && !waitForMessage(lock, timeout))
-        return nullptr;
+    auto message = takeWithoutWaiting();
+    if (message || timeout <= 0)
+        return message;
+
+    using Clock = std::chrono::steady_clock;
+    auto const end =
+        timeout >= longestTimeout ? Clock::time_point::max() : Clock::now() + std::chrono::milliseconds(timeout);
+    bool mayCome = true;
+    while (mayCome && !message) {
+        mayCome = waitForChange(end);
+        message = takeWithoutWaiting();  // at the end too: it may have come in the last moment
+    }
+    return message;
+}
+
+MessagePointer MessageStore::takeWithoutWaiting()
+{
+    if (isLimited()) {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        return messages_.empty() ? nullptr : takeFirst();
+    }
+    std::lock_guard<std::mutex> const taking(takers_);
+    if (batch_.empty()) {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        messages_.swap(batch_);
+    }
+    return batch_.empty() ? nullptr : takeOfBatch();
+}
+
+MessagePointer MessageStore::takeFirst()
+{
     auto message = std::move(messages_.front());
     messages_.pop_front();
     if (stopMessages_ > 0 && isStopMessage(*message))
@@ -70,36 +99,60 @@ MessagePointer MessageStore::take(long timeout)
     return message;
 }
 
-bool MessageStore::waitForMessage(std::unique_lock<std::mutex>& lock, long timeout)
+MessagePointer MessageStore::takeOfBatch()
 {
-    if (closed_ || timeout <= 0)
+    auto message = std::move(batch_.front());
+    batch_.pop_front();
+    return message;
+}
+
+/// Waits unless there is a message. False if none will come, or the time is up; true doesn't promise one.
+bool MessageStore::waitForChange(std::chrono::steady_clock::time_point end)
+{
+    std::unique_lock<std::mutex> taking(takers_);
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (!batch_.empty() || !messages_.empty())
+        return true;
+    if (closed_)
         return false;
-    auto const isOver = [this] { return closed_ || !messages_.empty(); };
+    taking.unlock();  // others may look without waiting
+
     ++waiting_;
-    if (timeout >= longestTimeout)
-        changed_.wait(lock, isOver);
+    bool hasTime = true;
+    if (end == std::chrono::steady_clock::time_point::max())
+        changed_.wait(lock);
     else
-        changed_.wait_until(lock, std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout), isOver);
+        hasTime = changed_.wait_until(lock, end) == std::cv_status::no_timeout;
     --waiting_;
-    return !messages_.empty();
+    woken_ -= woken_ > 0;
+    return hasTime;
 }
 
 void MessageStore::takeAll(std::list<MessagePointer>& messages)
 {
     messages.clear();
-    std::size_t count = 0;
+    if (isLimited()) {
+        std::lock_guard<std::mutex> const lock(mutex_);
+        while (!messages_.empty()) {
+            messages.emplace_back();  // room first: once a message is out, nothing fails any more
+            messages.back() = takeFirst();
+        }
+        return;
+    }
+    std::lock_guard<std::mutex> const taking(takers_);
+    takeBatch(messages);
     {
         std::lock_guard<std::mutex> const lock(mutex_);
-        count = messages_.size();
+        messages_.swap(batch_);
     }
-    for (; count > 0; --count) {
-        // Room first: once a message is out, nothing fails any more.
-        messages.emplace_back();
-        messages.back() = take(0);
-        if (!messages.back()) {
-            messages.pop_back();
-            return;
-        }
+    takeBatch(messages);
+}
+
+void MessageStore::takeBatch(std::list<MessagePointer>& messages)
+{
+    while (!batch_.empty()) {
+        messages.emplace_back();  // room first, here too
+        messages.back() = takeOfBatch();
     }
 }
 
