@@ -70,6 +70,19 @@ TEST(CallGate, leavesOutTheCallsOfTheThreadItself)
     EXPECT_FALSE(gate.awaitCalls());
 }
 
+TEST(CallGate, leavesOutACallOfTheThreadItselfWhichIsLeftAfterAnInnerOne)
+{
+    CallGate gate;
+    CallGate other;
+    CallGate::Call const outer(gate);
+    {
+        CallGate::Call const inner(other);
+    }
+    gate.close();
+
+    EXPECT_FALSE(gate.awaitCalls());
+}
+
 TEST(CallGate, waitsForOtherThreadsWithinACallToo)
 {
     CallGate gate;

@@ -43,6 +43,32 @@ TEST(MemoryOfTheDispatcher, isNotNeededToFindTheOneQueueThatAMessageIsFor)
     EXPECT_EQ(made, 0u);
 }
 
+// What takes in the same message as another topic costs an allocation, so this shows that nothing is left of it.
+TEST(MemoryOfTheDispatcher, isNotNeededOnceAllOthersWhoHadTheMessageHaveGone)
+{
+    Parts const address{"some address that is too long to be held in place", "b"};
+    MessageDispatcher dispatcher({});
+    auto const sink = std::make_shared<Sink>();
+    auto const other = std::make_shared<Sink>();
+    auto const sent = message(1, address);
+    dispatcher.subscribe(sink, 1);
+    auto const allocations = [&] {
+        AllocationCount const count;
+        dispatcher.dispatchMessage(sent);
+        return count.made();
+    };
+    ASSERT_EQ(allocations(), 0u);
+
+    dispatcher.subscribe(other, address);
+    EXPECT_GT(allocations(), 0u);
+    dispatcher.unsubscribe(other, address);
+    EXPECT_EQ(allocations(), 0u);
+
+    auto const failures =
+        failEachAllocationInTurn([&] { dispatcher.subscribe(other, address); }, [&] { EXPECT_EQ(allocations(), 0u); });
+    EXPECT_GT(failures, 0u);
+}
+
 TEST(MemoryOfTheDispatcher, leavesEverythingAsItWasIfItRunsOutForASubscription)
 {
     Parts const address{"some address that is too long to be held in place", "b"};
@@ -79,6 +105,7 @@ TEST(MemoryOfTheDispatcher, leavesEverythingAsItWasIfItRunsOutForASubscription)
                                          EXPECT_EQ(takeIds(*queue).size(), row.both ? 1u : 0u);
                                          EXPECT_EQ(takeIds(*other).size(), row.topicIsThere ? 1u : 0u);
                                          EXPECT_FALSE(dispatcher.unsubscribe(queue, address, samePattern));
+                                         EXPECT_EQ(queue.use_count(), row.queueIsThere || row.both ? 2 : 1);
                                      });
 
         EXPECT_GT(failures, 0u);

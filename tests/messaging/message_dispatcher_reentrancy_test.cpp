@@ -167,6 +167,50 @@ TEST_F(WithinADelivery, anotherDispatcherIsLikeAnyOtherReceiver)
     EXPECT_THAT(takeIds(*farQueue), ElementsAre(1));
 }
 
+TEST_F(WithinADelivery, aDispatchAtAnotherDispatcherBringsNothingForward)
+{
+    auto const far = makeDispatcher();
+    auto const farQueue = makeQueue();
+    far->subscribe(farQueue, everyMsg);
+    int within = 0;
+    std::vector<CallbackQueue> callbacks;
+    for (int i = 0; i < 4; ++i) {
+        callbacks.push_back(makeCallbackQueue([&](MessagePtr const& each) {
+            EXPECT_EQ(++within, 1);
+            far->dispatchMessage(each);
+            --within;
+        }));
+        dispatcher->subscribe(callbacks.back(), everyMsg);
+    }
+
+    EXPECT_TRUE(dispatcher->dispatchMessage(message(1)));
+
+    EXPECT_THAT(takeIds(*farQueue), ElementsAre(1, 1, 1, 1));
+}
+
+TEST_F(WithinADelivery, aMessageOvertakesNoneAfterOneWasDispatchedAtAnotherDispatcher)
+{
+    auto const far = makeDispatcher();
+    auto const farQueue = makeQueue();
+    far->subscribe(farQueue, everyMsg);
+    std::vector<Queue> queues;
+    std::vector<CallbackQueue> answering;
+    for (int i = 0; i < 4; ++i) {
+        queues.push_back(makeQueue());
+        dispatcher->subscribe(queues.back(), everyMsg);
+        answering.push_back(makeCallbackQueue([&](MessagePtr const&) {
+            far->dispatchMessage(message(7));
+            dispatcher->dispatchMessage(message(2));
+        }));
+        dispatcher->subscribe(answering.back(), 1);
+    }
+
+    dispatcher->dispatchMessage(message(1));
+
+    for (auto const& each : queues)
+        EXPECT_THAT(takeIds(*each), ElementsAre(1, 2, 2, 2, 2));
+}
+
 TEST_F(WithinADelivery, whatThrowsGoesToTheDispatchOfItsOwnMessage)
 {
     // The inner dispatch gives message 1 to those that still wait for it, and one of them throws.

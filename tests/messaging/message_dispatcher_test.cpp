@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace Zelm::Messaging {
@@ -460,6 +461,20 @@ TEST_F(TheMessageDispatcher, givesAMessageToAllOthersThoughAReceiverThrowsAndPas
     for (auto const& each : queues)
         EXPECT_THAT(takeIds(*each), ElementsAre(1));
     EXPECT_THAT(forwarder->ids(), ElementsAre(1));
+}
+
+TEST_F(TheMessageDispatcher, passesOnTheFirstOfSeveralExceptions)
+{
+    int calls = 0;
+    std::vector<CallbackQueue> throwing;
+    for (int i = 0; i < 3; ++i) {
+        throwing.push_back(
+            makeCallbackQueue([&](MessagePtr const&) { throw std::runtime_error(std::to_string(++calls)); }));
+        dispatcher->subscribe(throwing.back(), everyMsg);
+    }
+
+    EXPECT_THAT([&] { dispatcher->dispatchMessage(message(1)); }, throwsText<std::runtime_error>("1"));
+    EXPECT_EQ(calls, 3);
 }
 
 }  // namespace

@@ -6,8 +6,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <future>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -116,6 +119,44 @@ TEST_F(AtOneDispatcher, disconnectingWaitsAlsoForADeliveryFromBeforeTheQueueWasS
     slow.letGo();
     EXPECT_TRUE(first.get());
     EXPECT_TRUE(second.get());
+}
+
+/// Stays in each call until that one is let go.
+class StayingQueue final : public ForeignQueue {
+public:
+    bool putMessage(MessagePtr each) override
+    {
+        auto const call = each->id().value();
+        isIn[call] = true;
+        EXPECT_TRUE(becomesTrue([&] { return mayGo[call].load(); }));
+        return true;
+    }
+
+    std::array<std::atomic<bool>, 2> isIn{};
+    std::array<std::atomic<bool>, 2> mayGo{};
+};
+
+TEST_F(AtOneDispatcher, disconnectingWaitsForTheDeliveriesOfAllTimesTheQueueWasSubscribed)
+{
+    auto const queue = std::make_shared<StayingQueue>();
+    std::vector<std::future<bool>> others;
+    for (std::size_t i = 0; i < 2; ++i) {
+        dispatcher->subscribe(queue, everyMsg);
+        others.push_back(inAnotherThread([&, i] { return dispatcher->dispatchMessage(message(i)); }));
+        ASSERT_TRUE(becomesTrue([&] { return queue->isIn[i].load(); }));
+        others.push_back(inAnotherThread([&] { return dispatcher->unsubscribe(queue, everyMsg); }));
+        ASSERT_TRUE(isStillBlocked(others.back()));
+    }
+
+    auto disconnecting = inAnotherThread([&] { return dispatcher->disconnectQueue(queue); });
+    EXPECT_TRUE(isStillBlocked(disconnecting));
+    queue->mayGo[0] = true;
+    EXPECT_TRUE(isStillBlocked(disconnecting));
+
+    queue->mayGo[1] = true;
+    EXPECT_TRUE(disconnecting.get());
+    for (auto& each : others)
+        EXPECT_TRUE(each.get());
 }
 
 TEST_F(AtOneDispatcher, removingAForwarderWaitsUntilItHasForwarded)

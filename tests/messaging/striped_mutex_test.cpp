@@ -11,6 +11,7 @@
 #include <mutex>
 #include <shared_mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace Zelm::Messaging {
@@ -69,7 +70,7 @@ TEST(StripedMutex, letsOneThreadWriteWhileNobodyReads)
     EXPECT_EQ(torn, 0);
 }
 
-/// Readers that come and go. Those that got in stay until the next ones have tried.
+/// Readers that stay until they are let go.
 class Readers {
 public:
     explicit Readers(StripedMutex& mutex)
@@ -83,16 +84,23 @@ public:
     }
     ~Readers()
     {
-        letGo_.set_value();
+        letGo();
         for (auto& thread : threads_)
             thread.join();
     }
     Readers(Readers const&) = delete;
     Readers& operator=(Readers const&) = delete;
 
+    void letGo()
+    {
+        if (!std::exchange(areLetGo_, true))
+            letGo_.set_value();
+    }
     bool areAllIn() const { return reading_ == manyThreads; }
+    bool isNoneIn() const { return reading_ == 0; }
 
 private:
+    bool areLetGo_ = false;
     std::promise<void> letGo_;
     std::shared_future<void> mayGo_ = letGo_.get_future().share();
     std::atomic<int> reading_{0};
@@ -103,22 +111,25 @@ TEST(StripedMutex, keepsNoWriterWaitingForReadersThatComeLaterHoweverManyThereAr
 {
     StripedMutex mutex;
     std::future<void> writing;
-    auto early = std::make_unique<Readers>(mutex);
-    ASSERT_TRUE(becomesTrue([&] { return early->areAllIn(); }));
+    std::vector<std::unique_ptr<Readers>> all;
+    all.push_back(std::make_unique<Readers>(mutex));
+    ASSERT_TRUE(becomesTrue([&] { return all.back()->areAllIn(); }));
     writing = inAnotherThread([&] { Writing const lock(mutex); });
 
-    // Readers that take turns without a gap would keep the writer out for ever. It may take a while until it waits.
-    std::unique_ptr<Readers> late;
-    ASSERT_TRUE(becomesTrue([&] {
-        auto next = std::make_unique<Readers>(mutex);
+    // While some read, others come, and these again stay until the next ones are there: the writer would never get in.
+    // It may take a while until it waits at all.
+    EXPECT_TRUE(becomesTrue([&] {
+        if (all.size() > 1 && all.back()->areAllIn())
+            all.pop_back();
+        all.push_back(std::make_unique<Readers>(mutex));
         std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        late = std::move(next);
-        return !late->areAllIn();
+        return all.back()->isNoneIn();
     }));
 
-    early.reset();
+    for (auto const& each : all)
+        each->letGo();
     writing.get();
-    EXPECT_TRUE(becomesTrue([&] { return late->areAllIn(); }));
+    EXPECT_TRUE(becomesTrue([&] { return all.back()->areAllIn(); }));
 }
 
 TEST(StripedMutex, keepsNoReaderWaitingForWritersThatComeLater)
