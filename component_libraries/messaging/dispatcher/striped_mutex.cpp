@@ -16,55 +16,65 @@ unsigned numberOfThisThread()
 
 void StripedMutex::lock_shared()
 {
-    // The stripes alone wouldn't do: a std::shared_mutex may let readers pass by a writer that waits, without end.
-    if (isWriting_.load(std::memory_order_relaxed))
-        giveWay();
-    ofThisThread().lock_shared();
+    Stripe& stripe = ofThisThread();
+    ++stripe.readers;
+    if (!isWriting_)
+        return;
+    leave(stripe);
+    enterBehindWriter(stripe);
 }
 
 void StripedMutex::unlock_shared()
 {
-    ofThisThread().unlock_shared();
+    leave(ofThisThread());
 }
 
-void StripedMutex::lock() noexcept
-{
-    writers_.lock();
-    setWriting(true);
-    for (Stripe& stripe : stripes_)
-        stripe.mutex.lock();
-}
-
-void StripedMutex::unlock() noexcept
-{
-    for (Stripe& stripe : stripes_)
-        stripe.mutex.unlock();
-    setWriting(false);
-    writers_.unlock();
-}
-
-std::shared_mutex& StripedMutex::ofThisThread()
-{
-    return stripes_[numberOfThisThread() % stripeCount].mutex;
-}
-
-/// Waits for the writer, but for no other one that has begun by then.
-void StripedMutex::giveWay()
+void StripedMutex::lock()
 {
     std::unique_lock<std::mutex> lock(mutex_);
-    auto const before = writes_;
-    hasWritten_.wait(lock, [&] { return !isWriting_ || writes_ != before; });
+    changed_.wait(lock, [this] { return !isWriting_ && admitted_ == 0; });
+    isWriting_ = true;
+    for (Stripe const& stripe : stripes_)
+        changed_.wait(lock, [&] { return stripe.readers == 0; });
 }
 
-void StripedMutex::setWriting(bool isWriting)
+void StripedMutex::unlock()
 {
     {
         std::lock_guard<std::mutex> const lock(mutex_);
-        isWriting_ = isWriting;
-        writes_ += !isWriting;
+        isWriting_ = false;
+        admitted_ = givingWay_;
     }
-    if (!isWriting)
-        hasWritten_.notify_all();
+    changed_.notify_all();
+}
+
+StripedMutex::Stripe& StripedMutex::ofThisThread()
+{
+    return stripes_[numberOfThisThread() % stripeCount];
+}
+
+void StripedMutex::leave(Stripe& stripe)
+{
+    --stripe.readers;
+    if (!isWriting_)
+        return;
+    // Through the lock, so that this comes before a look at the stripe or behind the beginning of the wait.
+    std::unique_lock<std::mutex>(mutex_).unlock();
+    changed_.notify_all();
+}
+
+void StripedMutex::enterBehindWriter(Stripe& stripe)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (isWriting_) {
+        ++givingWay_;
+        changed_.wait(lock, [this] { return !isWriting_; });
+        --givingWay_;
+        --admitted_;
+    }
+    ++stripe.readers;  // with the lock, so no writer begins meanwhile
+    if (admitted_ == 0)
+        changed_.notify_all();
 }
 
 }  // namespace Zelm::Messaging
