@@ -14,6 +14,7 @@
 #include <limits>
 #include <list>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace Zelm::Messaging {
@@ -90,6 +91,32 @@ TYPED_TEST(AnyQueue, looksWithoutWaitingWhileAnotherThreadWaits)
     EXPECT_EQ(waiting.get(), nullptr);
 }
 
+// Each thread that has taken a message stays away from the queue until the other one has got one too.
+TYPED_TEST(AnyQueue, wakesAThreadForEachMessage)
+{
+    std::atomic<long> taken{0};
+    std::vector<std::future<void>> consumers;
+    for (int i = 0; i < 2; ++i)
+        consumers.push_back(inAnotherThread([&] {
+            while (this->queue->getMessage()) {
+                long const ofTheRound = (taken++ / 2 + 1) * 2;
+                while (taken < ofTheRound)
+                    std::this_thread::yield();
+            }
+        }));
+    auto const stop = message(stopId);
+
+    bool isAllTaken = true;
+    for (long round = 1; round <= 300 && isAllTaken; ++round) {
+        this->queue->putMessage(stop);
+        this->queue->putMessage(stop);
+        isAllTaken = becomesTrue([&] { return taken == 2 * round; });
+    }
+    EXPECT_TRUE(isAllTaken);
+    taken += !isAllTaken;
+    this->queue->close();
+}
+
 // Two threads wait, and others take messages from under their noses. Each time, what was put has to be taken by
 // somebody before anything else is put: nobody sleeps while there is a message.
 TYPED_TEST(AnyQueue, leavesNoMessageLyingWhileThreadsWait)
@@ -129,8 +156,9 @@ TYPED_TEST(AnyQueue, givesAnEmptyPointerWhenTheTimeIsUpAndNotBefore)
 
 TYPED_TEST(AnyQueue, waitsForTheLongestTimesWithoutLosingTheCount)
 {
-    for (long const timeout : {withoutLimit, withoutLimit - 1, withoutLimit / 1000, withoutLimit / 1000000,
-                               withoutLimit / 1000000 / 2 + 1, withoutLimit / 1000000 / 2}) {
+    for (long const timeout :
+         {withoutLimit, withoutLimit - 1, withoutLimit / 1000, withoutLimit / 1000000, withoutLimit / 1000000 - 1,
+          withoutLimit / 1000000 / 2 + 1, withoutLimit / 1000000 / 2}) {
         SCOPED_TRACE(timeout);
         auto waiting = inAnotherThread([&] { return this->queue->getMessage(timeout); });
         ASSERT_TRUE(isStillBlocked(waiting));

@@ -301,5 +301,33 @@ TEST(CallbackMessageQueue, callsNoCallbackThatWasTakenAwayWhileManyThreadsPut)
         thread.join();
 }
 
+TEST(CallbackMessageQueue, losesNoMessageWhileCallbacksFollowEachOther)
+{
+    CallbackMessageQueue queue({});
+    std::atomic<long> calls{0};
+    auto const count = [&](MessagePtr const&) { ++calls; };
+    queue.setCallback(count);
+    std::atomic<bool> finished{false};
+    std::atomic<long> taken{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 3; ++i)
+        threads.emplace_back([&] {
+            auto const one = message(1);
+            while (!finished) {
+                EXPECT_TRUE(queue.putMessage(one));
+                ++taken;
+            }
+        });
+
+    for (int i = 0; i < 5000; ++i)
+        queue.setCallback(count);
+    EXPECT_TRUE(becomesTrue([&] { return taken > 0; }));
+    finished = true;
+    for (auto& thread : threads)
+        thread.join();
+
+    EXPECT_EQ(calls, taken);
+}
+
 }  // namespace
 }  // namespace Zelm::Messaging
