@@ -3,7 +3,6 @@
 
 #include "tests/metadata/deep_trees.h"
 #include "tests/metadata/elements.h"
-#include "tests/support/child_process.h"
 #include "tests/support/failing_allocator.h"
 #include "tests/support/small_stack.h"
 
@@ -37,7 +36,7 @@ constexpr unsigned long deepArrayLevels = deepLevels / 4;  // an Array takes mor
 
 TEST(DeepElement, ofAMillionLevelsIsCopiedComparedAndDestroyed)
 {
-    constexpr unsigned long levels = Zelm::Testing::underSanitizer ? deepLevels : 1000000;
+    constexpr unsigned long levels = Testing::levelsAreDear ? deepLevels : 1000000;
     onASmallStack([&] {
         Element const tree = deepTree(integer(1), levels);
         Element const copy = tree;

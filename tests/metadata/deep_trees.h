@@ -13,9 +13,11 @@
 
 namespace Zelm::MetaData::Testing {
 
-/// On a small stack, a call for each of these would have to do with a few bytes. Each level costs a sanitizer's build
-/// much more time and memory.
-constexpr unsigned long deepLevels = Zelm::Testing::underSanitizer ? 50000 : 200000;
+/// Whether each level takes much more time than usual.
+constexpr bool levelsAreDear = Zelm::Testing::underSanitizer || Zelm::Testing::underEmulation;
+
+/// On a small stack, a call for each of these would have to do with a few bytes.
+constexpr unsigned long deepLevels = levelsAreDear ? 50000 : 200000;
 
 /// The kind of the level that holds `levelsBelow` others, when most of them are Objects.
 constexpr bool isArrayLevel(unsigned long levelsBelow)
