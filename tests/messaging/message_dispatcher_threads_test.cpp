@@ -121,6 +121,20 @@ TEST_F(AtOneDispatcher, disconnectingWaitsAlsoForADeliveryFromBeforeTheQueueWasS
     EXPECT_TRUE(second.get());
 }
 
+TEST_F(AtOneDispatcher, disconnectingDoesntWaitForTheDeliveriesOfAnotherQueueThatWasDisconnected)
+{
+    Blocked slow(dispatcher);
+    auto const queue = makeQueue();
+    dispatcher->subscribe(queue, 2);
+    auto disconnecting = inAnotherThread([&] { return dispatcher->disconnectQueue(slow.queue); });
+    EXPECT_TRUE(isStillBlocked(disconnecting));
+
+    EXPECT_TRUE(dispatcher->disconnectQueue(queue));
+
+    slow.letGo();
+    EXPECT_TRUE(disconnecting.get());
+}
+
 /// Stays in each call until that one is let go.
 class StayingQueue final : public ForeignQueue {
 public:
@@ -148,7 +162,7 @@ TEST_F(AtOneDispatcher, disconnectingWaitsForTheDeliveriesOfAllTimesTheQueueWasS
         ASSERT_TRUE(isStillBlocked(others.back()));
     }
 
-    auto disconnecting = inAnotherThread([&] { return dispatcher->disconnectQueue(queue); });
+    auto disconnecting = inAnotherThread([&] { return dispatcher->unsubscribeAll(queue); });
     EXPECT_TRUE(isStillBlocked(disconnecting));
     queue->mayGo[0] = true;
     EXPECT_TRUE(isStillBlocked(disconnecting));

@@ -40,6 +40,50 @@ TEST(StripedMutex, letsManyThreadsReadAtOnce)
         thread.join();
 }
 
+TEST(StripedMutex, letsNobodyReadOrWriteWhileOneWrites)
+{
+    StripedMutex mutex;
+    Writing writing(mutex);
+    auto other = inAnotherThread([&] { Writing const lock(mutex); });
+    auto reading = inAnotherThread([&] { Reading const lock(mutex); });
+
+    EXPECT_TRUE(isStillBlocked(other));
+    EXPECT_TRUE(isStillBlocked(reading));
+
+    writing.unlock();
+    other.get();
+    reading.get();
+}
+
+TEST(StripedMutex, letsNobodyWriteWhileOneReadsOnWhicheverStripe)
+{
+    StripedMutex mutex;
+    for (int i = 0; i < 16; ++i) {  // each time a thread of the next number
+        std::promise<void> isIn;
+        std::promise<void> mayGo;
+        std::thread reader([&] {
+            Reading const lock(mutex);
+            isIn.set_value();
+            mayGo.get_future().wait();
+        });
+        isIn.get_future().wait();
+        std::atomic<bool> hasWritten{false};
+        std::thread writer([&] {
+            mutex.lock();  // which asks for no number
+            hasWritten = true;
+            mutex.unlock();
+        });
+
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_FALSE(hasWritten);
+
+        mayGo.set_value();
+        reader.join();
+        writer.join();
+        EXPECT_TRUE(hasWritten);
+    }
+}
+
 TEST(StripedMutex, letsOneThreadWriteWhileNobodyReads)
 {
     constexpr int each = 300;
