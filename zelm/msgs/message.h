@@ -121,8 +121,8 @@ public:
     bool operator!=(Message const& other) const { return !(*this == other); }
 
     /// Makes the target the message's serialised form; whatever it held is dropped. A reflected member stands before an
-    /// extended field of its name, but one that isn't set leaves such a field standing, and one that is an object writes
-    /// its own keys into it.
+    /// extended field of its name, but one that isn't set leaves such a field standing, and one that is an object
+    /// writes its own keys into it.
     void copyToMetaData(MetaData::Element& target) const override;
 
     /// Takes in the serialised form of a message of the same kind, as forgivingly as MirroredObject reads: an address

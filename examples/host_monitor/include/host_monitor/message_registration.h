@@ -5,8 +5,9 @@
 ///     ...
 ///     auto const reading = Message::CreateFromMetaData(form);  // a CpuReading
 ///
-/// Do it at namespace scope, in one source file of one library, the one that all users of the class are linked with. A header that did it
-/// would do it in each of them, every time with another function, and the factory takes that for a conflict.
+/// Do it at namespace scope, in one source file of one library, the one that all users of the class are linked with. A
+/// header that did it would do it in each of them, every time with another function, and the factory takes that for a
+/// conflict.
 ///
 /// Thread-safety: registration belongs to the loading of a library, before messages are created from forms.
 #pragma once
