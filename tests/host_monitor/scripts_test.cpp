@@ -28,7 +28,7 @@ ChildResult runScript(std::string const& path, std::vector<std::string> const& a
 
 TEST(Scripts, showTheirUsage)
 {
-    for (std::string const name : {"demo", "setup", "test"})
+    for (std::string const name : {"demo", "setup", "soak", "test"})
         for (char const* const option : {"--help", "-h"}) {
             SCOPED_TRACE(name + " " + option);
             auto const child = runScript(SCRIPTS_DIR "/" + name, {option});
@@ -52,6 +52,11 @@ TEST(Scripts, refuseUnknownOptionsInOneLine)
     EXPECT_EQ(setup.err, "setup: unknown argument \"--fast\" (see scripts/setup --help)\n");
     EXPECT_EQ(setup.out, "");
     EXPECT_EQ(setup.status, 2);
+
+    auto const soak = runScript(SCRIPTS_DIR "/soak", {"1", "--fast"});
+    EXPECT_EQ(soak.err, "soak: unknown argument \"--fast\" (see scripts/soak --help)\n");
+    EXPECT_EQ(soak.out, "");
+    EXPECT_EQ(soak.status, 2);
 
     auto const test = runScript(SCRIPTS_DIR "/test", {"dev", "--fast"});
     EXPECT_EQ(test.err, "test: unknown option \"--fast\" (see scripts/test --help)\n");
