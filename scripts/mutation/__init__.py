@@ -1,0 +1,1 @@
+"""What scripts/mutate is made of, one idea a file."""
