@@ -3,8 +3,9 @@
 // by the fast path, and the map that this makes answers as the model's does. The installation has one file that looks
 // like a component library and isn't one, or none, so that no code is loaded.
 //
-// The first two bytes are choices: the text as it is, or a tree that is written as text; the library and the map file
-// are there, one of them is missing, or both.
+// The first two bytes are choices. 0 takes the text as it is, 1 takes a tree and writes it as text. Then 0 has the file
+// that looks like a library and the map file, 1 has no library, 2 no map, 3 neither; 4 to 7 are the same, and the
+// library comes or goes between the two starts.
 #include "zelm/components/components_map.h"
 
 #include "fuzz/components/plain_map.h"
@@ -154,7 +155,10 @@ void checkInstallation(Input& input)
 {
     static Installation const installation;
     bool const isTree = input.choice(2) == 1;
-    unsigned const missing = input.choice(4);
+    unsigned const choice = input.choice(8);
+    bool const hasLibrary = choice % 2 == 0;
+    bool const hasMap = choice % 4 < 2;
+    bool const changes = choice >= 4;
     std::string text(input.rest());
     if (isTree) {
         Object object;
@@ -165,11 +169,12 @@ void checkInstallation(Input& input)
     }
 
     checkReading(text);
-    Disk const disk = installation.diskWith(missing % 2 == 0);
+    Disk const disk = installation.diskWith(hasLibrary);
     fs::remove(disk.mapFile);
-    if (missing < 2)
+    if (hasMap)
         Testing::writeFile(disk.mapFile, text);
-    checkStart(checkStart(missing < 2 ? std::optional(text) : std::nullopt, disk), disk);
+    auto const file = checkStart(hasMap ? std::optional(text) : std::nullopt, disk);
+    checkStart(file, installation.diskWith(changes ? !hasLibrary : hasLibrary));
 }
 
 }  // namespace

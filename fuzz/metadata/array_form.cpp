@@ -1,5 +1,9 @@
 // Arrays in object form: any trees are read into an array of int, whatever state it is in, and into the encoders of
 // bits, and written over any trees, beside a model that spells out the rules. What is written reads back as it was.
+//
+// In front of the trees stand choices. 0 is an array of int: behind that 0 for a required one, 1 for an optional one
+// with a value, 2 for one without; 0 if it is read by itself, 1 as a member of its object; 0 for the plain form, 1 for
+// the object form, 2 for the one that it has. 2 are bits and 3 pairs of bits: behind that the number of elements.
 #include "zelm/metadata/reflector.h"
 
 #include "fuzz/support/check.h"
