@@ -84,8 +84,8 @@ bool tellReport(StandardOutput& output, Results const& results, Faults& faults)
     output.tell(text("\n%-16s %14s %14s %8s %9s", "receiver", "published", "received", "lost", "repeated"));
     for (auto const& account : results.accounts) {
         output.tell(text("%-16s %14lu %14lu %8lu %9lu", account.receiver.c_str(), account.expected, account.received,
-                         account.lost(), account.repeated));
-        lost += account.lost();
+                         account.lost, account.repeated));
+        lost += account.lost;
         repeated += account.repeated;
     }
     output.tell(

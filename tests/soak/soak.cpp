@@ -23,6 +23,7 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace Soak {
 
@@ -70,11 +71,16 @@ public:
         Topology topology(repository_, settings_, output_, faults_, scratch_);
         children_.emplace(childrenAtOnce, settings_.seed, settings_.patience, scratch_, settings_.broken == "child",
                           faults_);
-        Watchdog const watchdog([&] { return topology.handled() + children_->totals().run; },
-                                [&] { output_.tell("soak: nothing moves any more: " + topology.state()); },
-                                std::chrono::seconds(settings_.patience));
-        output_.tell(lineTitles());
-        doAllRounds(topology);
+        {
+            // Messages alone are progress: children go on whatever becomes of these.
+            Watchdog const watchdog([&] { return topology.handled(); },
+                                    [&] { output_.tell("soak: nothing moves any more: " + topology.state()); },
+                                    std::chrono::seconds(settings_.patience));
+            output_.tell(lineTitles());
+            doAllRounds(topology);
+        }
+        // From here on everything comes to its end, and the signal is for what doesn't.
+        alarm(2 * settings_.patience);
         children_->stop();
         return tellReport(output_,
                           {settings_, rounds_, topology.accounts(), topology.shownByTable(), topology.droppedByTable(),

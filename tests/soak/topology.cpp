@@ -17,9 +17,10 @@
 #include "zelm/msgs/message_key.h"
 #include "zelm/msgs/queue.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
+#include <cstdio>
 #include <set>
 #include <system_error>
 #include <thread>
@@ -88,6 +89,7 @@ Topology::Topology(Zelm::ComponentsRepositoryInterface& repository, Settings con
 
 Topology::~Topology()
 {
+    sensors_.removeAll();  // there are some if a round couldn't be ended
     flow_.stop();
     endComponent(repository_, log_);
     logReader_.reset();
@@ -208,18 +210,24 @@ std::vector<Account> Topology::accounts() const
     auto const all = sensors_.totals();
     auto const memory = sensors_.totals("memory");
     auto const alarms = alarmsPublished_ + visitors_.totals().alarms;
-    auto const accountOf = [](std::string const& name, unsigned long expected, Ledger const& ledger) {
-        auto const counts = ledger.counts();
-        return Account{name, expected, counts.messages(), counts.repeated};
+    auto const missing = [](unsigned long expected, unsigned long received) {
+        return expected > received ? expected - received : 0;
     };
+    auto const accountOf = [&](std::string const& name, unsigned long expected, Ledger const& ledger) {
+        auto const counts = ledger.counts();
+        // The greater one: what came twice may hide a loss among the sums.
+        auto const lost = std::max(missing(expected, counts.messages()), counts.lost);
+        return Account{name, expected, counts.messages(), lost, counts.repeated};
+    };
+    auto const shown = shown_ + dropped_;
     auto const visitors = visitors_.totals();
     auto const everything = all.readings + all.ended + flow_.pings() + alarms;
     return {accountOf("pump", everything, pumpLedger_),
             accountOf("log", everything, logLedger_),
             accountOf("far side", memory.readings + memory.ended + flow_.pings(), farLedger_),
-            {"alarm", alarmsExpected_, alarmsPublished_, 0},
-            {"table", tableExpected_, shown_ + dropped_, 0},
-            {"visitors", visitors.messages + visitors.lost, visitors.messages, visitors.repeated}};
+            {"alarm", alarmsExpected_, alarmsPublished_, missing(alarmsExpected_, alarmsPublished_), 0},
+            {"table", tableExpected_, shown, missing(tableExpected_, shown), 0},
+            {"visitors", visitors.messages + visitors.lost, visitors.messages, visitors.lost, visitors.repeated}};
 }
 
 unsigned long Topology::handled() const

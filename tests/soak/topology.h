@@ -24,6 +24,7 @@
 
 #include "host_monitor/receiver.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -45,9 +46,8 @@ struct Account {
     std::string receiver;
     unsigned long expected = 0;
     unsigned long received = 0;
+    unsigned long lost = 0;
     unsigned long repeated = 0;
-
-    unsigned long lost() const { return expected > received ? expected - received : 0; }
 };
 
 class Topology {

@@ -10,7 +10,7 @@
 #include "ledger.h"
 #include "sensors.h"
 
-#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <random>
@@ -48,11 +48,6 @@ private:
     using Dispatcher = std::shared_ptr<Zelm::Msgs::MessageDispatcherInterface>;
     using Random = std::minstd_rand;
 
-    /// What was published from the visitor's coming to the present moment.
-    struct Published {
-        std::map<std::string, Ledger::Stream> streams;
-    };
-
     void usePump(std::string const& id, Random& random);
     void useCallback(std::string const& id, Random& random);
     void useFixedDepth(std::string const& id, Random& random);
@@ -60,6 +55,7 @@ private:
     void useReporter(std::string const& id, Random& random);
     void useAlarm(std::string const& id, Random& random);
 
+    /// What was published from the visitor's coming to the present moment, by sensor.
     std::map<std::string, Ledger::Stream> publishedSince(Sensors::Page const& page) const;
     /// Notes what is missing, and takes the ledger's figures into the totals. Of the sensors' ids, those count that
     /// begin with the kind.
