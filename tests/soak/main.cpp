@@ -16,6 +16,7 @@
 #include <optional>
 #include <string>
 
+#include <sys/prctl.h>
 #include <unistd.h>
 
 namespace {
@@ -69,6 +70,7 @@ int main(int argc, char** argv)
         if (!options->childSeed)
             return Soak::runSoak(options->settings) ? 0 : 1;
         alarm(options->settings.patience);  // its signal ends a child that hangs
+        prctl(PR_SET_PDEATHSIG, SIGKILL);   // nobody is left who would wait for it
         return Soak::runChild(*options->childSeed, options->childScratch, options->settings.broken == "child");
     } catch (std::exception const& failure) {
         std::cerr << "soak: " << failure.what() << std::endl;
