@@ -134,7 +134,7 @@ std::string checkStart(std::optional<std::string> const& text, Disk const& disk)
     checkSame(report, plainReport, "a start ends as the model says");
     checkMap(map, model);
 
-    auto const file = Testing::readFile(disk.mapFile);
+    auto file = Testing::readFile(disk.mapFile);
     checkSame(file, model.isBuilt() ? Json::metaDatatoJsonString(model.form().CastTo<Object>()) : *text,
               "the file is written if the map was built, and only then");
     return file;

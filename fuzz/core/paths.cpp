@@ -85,7 +85,7 @@ std::string plainNameWithoutExtension(std::string const& path)
 
 std::string plainDirectory(std::string const& path, bool keepRelative)
 {
-    std::string const directory = path.substr(0, path.rfind(plainName(path)));
+    std::string directory = path.substr(0, path.rfind(plainName(path)));
     if (keepRelative || (!directory.empty() && directory[0] == '/'))
         return directory;
     return std::filesystem::current_path().string() + "/" + directory;

@@ -193,12 +193,14 @@ void checkText(Element const& form)
 
 void checkCopies(Whole const& whole, Element const& form)
 {
-    Whole const copied(whole);
+    Whole copied(whole);
     Whole assigned;
     assigned.copyFromMetaData(Element());
     assigned = whole;
     checkSame(detailsOf(formOf(assigned)), detailsOf(formOf(copied)), "a copy is what an assignment makes");
     checkSame(detailsOf(formOf(copied)), detailsOf(form), "a copy has the form of what it was copied from");
+    copied.copyFromMetaData(Element());
+    checkSame(detailsOf(formOf(whole)), detailsOf(form), "what befalls a copy leaves its source alone");
 
     Whole again;
     check(outcomeOf([&] { again.copyFromMetaData(form); }) == "returned", "an object can read its own form");

@@ -295,7 +295,8 @@ void checkCopy(Message const& message, PlainMessage const& model)
     plainCopy.dest.values = model.dest.values;
     plainCopy.dest.set = model.dest.set;
     checkMessage(copy, plainCopy, Element());
-    check(copy == message && message == copy && message == message, "a copy equals its source");
+    Message const& itself = message;
+    check(copy == message && message == copy && message == itself, "a copy equals its source");
     check(copy.msgUUID() != message.msgUUID(), "a copy has a UUID of its own");
 
     Message assigned(0);
