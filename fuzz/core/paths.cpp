@@ -28,7 +28,8 @@ namespace {
 
 // --------------------------------------------------------------------------------------------------------- the sandbox
 
-/// Made once for each process, and removed when it exits.
+/// Made once for each process, and removed when it exits. Its parent, which is listed as "..", is its own too: of a
+/// directory that others write to, the write time would change between two looks.
 class Sandbox {
 public:
     Sandbox()
@@ -38,17 +39,17 @@ public:
               "star*",         "ques?ion",  "[ab]",    "a",        "b",        "back\\slash",
               "new\nline",     "\xff\xfe",  "locked",  "program",  "readonly", "sub/inner",
               "sub/inner.txt", "sub/a",     "[dir]/x", "back\\/y", "back/z",   "libone.so.1.0.0"})
-            Testing::writeFile(directory_ / name, "text");
+            Testing::writeFile(*this / name, "text");
         namespace fs = std::filesystem;
         for (auto const& [target, name] :
              {std::pair("plain.txt", "link"), std::pair("nowhere", "dangling"), std::pair("sub", "dirlink")})
-            fs::create_symlink(target, directory_ / name);
-        fs::permissions(directory_ / "locked", fs::perms::none);
-        fs::permissions(directory_ / "program", fs::perms::owner_all);
-        fs::permissions(directory_ / "readonly", fs::perms::owner_read);
+            fs::create_symlink(target, *this / name);
+        fs::permissions(*this / "locked", fs::perms::none);
+        fs::permissions(*this / "program", fs::perms::owner_all);
+        fs::permissions(*this / "readonly", fs::perms::owner_read);
     }
 
-    std::string operator/(std::string_view name) const { return directory_ / std::string(name); }
+    std::string operator/(std::string_view name) const { return directory_ / ("sandbox/" + std::string(name)); }
 
 private:
     Testing::TemporaryDirectory directory_;
