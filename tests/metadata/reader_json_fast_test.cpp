@@ -175,6 +175,50 @@ TEST(FastReader, roundsTwiceForEachDigitOnEveryProcessorOnPurpose)
     }
 }
 
+// The parser's sum of the exponent and the number of decimals would run over.
+TEST(FastReader, makesZeroOfANumberWhoseExponentIsNearTheLeastIntOrBeyond)
+{
+    for (std::string const exponent :
+         {"e-2147483639", "E-2147483648", "e-999999999", "e-000002147483639", "e-99999999999999999999999999999999"})
+        for (std::string const number : {"0.0000000001", "1.5", "123456789012345678901234567890.5", "7", "0"}) {
+            SCOPED_TRACE(number + exponent);
+            auto const object = parsed("{\"a\":" + number + exponent + ",\"b\":[-" + number + exponent + "]}");
+            EXPECT_EQ(object["a"].GetElementType(), ElementType::Number);
+            EXPECT_EQ(object["a"].asDouble(), 0);
+            EXPECT_TRUE(std::signbit(object["b"][0].asDouble()));
+        }
+}
+
+TEST(FastReader, takesShortExponentsAsTheyAreHoweverManyZerosTheyBeginWith)
+{
+    EXPECT_EQ(a(R"({"a":25e-000000000000002,"b":1e-999999999})").asDouble(), 0.25);
+    EXPECT_EQ(a(R"({"a":25e-2,"b":1e-999999999})").asDouble(), 0.25);
+}
+
+TEST(FastReader, keepsStringsThatLookLikeLongExponents)
+{
+    auto const object = parsed(
+        R"({"1e-2147483639":"2e-21474836390","b":"\"e-21474836391","c":"\\","d":"\u0065-21474836392","n":1e-2147483639})");
+
+    EXPECT_EQ(object["1e-2147483639"].asString(), "2e-21474836390");
+    EXPECT_EQ(object["b"].asString(), "\"e-21474836391");
+    EXPECT_EQ(object["c"].asString(), "\\");
+    EXPECT_EQ(object["d"].asString(), "e-21474836392");
+    EXPECT_EQ(object["n"].asDouble(), 0);
+}
+
+TEST(FastReader, refusesATextWithALongExponentAsAnyOther)
+{
+    for (std::string const text : {"{\"a\":1e-2147483639x}", "{\"a\":1e-2147483639", "{\"a\":e-2147483639}",
+                                   "{\"a\":1ee-2147483639}", "{\"a\":1e-2147483639} 1e-2147483639", "-2147483639e-",
+                                   "{\"a\":\"1e-2147483639", "{\"a\":\"1e-2147483639\\"}) {
+        SCOPED_TRACE(text);
+        Object object;
+        EXPECT_EQ(read(object, text), parserError);
+        EXPECT_TRUE(object.empty());
+    }
+}
+
 // ---------------------------------------------------------------------------------------------------------- strings
 
 TEST(FastReader, decodesEscapesToUtf8)
