@@ -1,22 +1,20 @@
 // The fast path has two parsers for one grammar: the quick one calls itself for each level of the text, the other one
 // takes over for texts that are too deep for that. Which of them it was must not show, whatever the text.
 #include "zelm/metadata/reader_json.h"
-#include "zelm/metadata/writer_json.h"
 
+#include "tests/metadata/spelled_out.h"
 #include "tests/support/printed_by.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstring>
 #include <random>
-#include <sstream>
 #include <string>
 
 namespace Zelm::MetaData {
 namespace {
 
 using Random = std::mt19937;
+using Testing::spelledOut;
 
 std::size_t upTo(Random& random, std::size_t limit)
 {
@@ -109,29 +107,6 @@ std::string mutated(std::string text, Random& random)
             text.insert(at, text.substr(upTo(random, text.size() + 1), upTo(random, 12)));
             break;
         }
-    }
-    return text;
-}
-
-/// Every value with its kind, each Number with its bits: an infinity isn't equal to itself.
-std::string spelledOut(Element const& element)
-{
-    std::string text = ToString(element.GetElementType());
-    if (element.GetElementType() == ElementType::Array) {
-        for (Element const& part : element.CastTo<Array>())
-            text += "[" + spelledOut(part) + "]";
-    } else if (element.GetElementType() == ElementType::Object) {
-        for (auto const& member : element.CastTo<Object>())
-            text += "{" + member.name() + ":" + spelledOut(member.element()) + "}";
-    } else if (element.GetElementType() == ElementType::Number) {
-        double const number = element.asDouble();
-        std::uint64_t bits = 0;
-        std::memcpy(&bits, &number, sizeof bits);
-        text += std::to_string(bits);
-    } else {
-        std::ostringstream stream;
-        WriterJson::Write(element, stream, false);
-        text += stream.str();
     }
     return text;
 }

@@ -3,6 +3,7 @@
 // is the oracle for all others.
 #include "zelm/metadata/reader_json.h"
 
+#include "tests/metadata/piecewise_source.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/throws_text.h"
 #include "zelm/metadata/writer_json.h"
@@ -14,7 +15,6 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <new>
 #include <random>
 #include <sstream>
@@ -31,58 +31,8 @@ using namespace std::string_literals;
 using ScanException = ReaderJson::ScanException;
 using ParseException = ReaderJson::ParseException;
 
-constexpr std::size_t wholeText = std::numeric_limits<std::size_t>::max();
-
-/// Hands out its text in pieces of the given size, each when asked for it; with size 0 byte by byte, without a buffer.
-/// Where the text ends it ends or throws.
-class Source : public std::streambuf {
-public:
-    Source(std::string const& text, std::size_t pieceSize, bool throwsAtTheEnd = false)
-        : text_(text), pieceSize_(pieceSize), throws_(throwsAtTheEnd)
-    {
-    }
-
-    std::size_t taken() const { return handedOut_ - static_cast<std::size_t>(egptr() - gptr()); }
-    std::size_t handedOut() const { return handedOut_; }
-    int asksAtTheEnd() const { return asksAtTheEnd_; }
-
-protected:
-    int_type underflow() override
-    {
-        if (handedOut_ == text_.size())
-            return end();
-        if (pieceSize_ == 0)
-            return traits_type::to_int_type(text_[handedOut_]);
-        auto const size = std::min(pieceSize_, text_.size() - handedOut_);
-        setg(text_.data() + handedOut_, text_.data() + handedOut_, text_.data() + handedOut_ + size);
-        handedOut_ += size;
-        return traits_type::to_int_type(*gptr());
-    }
-
-    int_type uflow() override
-    {
-        if (pieceSize_ != 0)
-            return std::streambuf::uflow();
-        if (handedOut_ == text_.size())
-            return end();
-        return traits_type::to_int_type(text_[handedOut_++]);
-    }
-
-private:
-    int_type end()
-    {
-        ++asksAtTheEnd_;
-        if (throws_)
-            throw std::runtime_error("the source is broken");
-        return traits_type::eof();
-    }
-
-    std::string text_;
-    std::size_t const pieceSize_;
-    bool const throws_;
-    std::size_t handedOut_ = 0;
-    int asksAtTheEnd_ = 0;
-};
+using Source = Testing::PiecewiseSource;
+using Testing::wholeText;
 
 std::string print(ReaderJson::StreamPosition const& position)
 {
@@ -373,7 +323,7 @@ TEST(TokenReaderStream, thatBreaksIsReadNoFurtherThoughItsBufferHoldsText)
     Object object;
 
     EXPECT_THAT([&] { ReaderJson::Read(object, stream); },
-                Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
+                Zelm::Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
 
     EXPECT_EQ(source.in_avail(), 2);
     EXPECT_EQ(stream.rdstate(), std::ios_base::badbit);
@@ -389,7 +339,7 @@ TEST(TokenReaderStream, thatHasFailedBeforehandReadsAsTheEnd)
         Object object;
 
         EXPECT_THAT([&] { ReaderJson::Read(object, stream); },
-                    Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
+                    Zelm::Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
 
         EXPECT_EQ(source.handedOut(), 0u);
         EXPECT_TRUE(stream.fail());
@@ -403,7 +353,7 @@ TEST(TokenReaderStream, thatHasMetItsEndReadsAsTheEndThoughItsBufferHoldsText)
     Object object;
 
     EXPECT_THAT([&] { ReaderJson::Read(object, stream); },
-                Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
+                Zelm::Testing::throwsText<ScanException>("Unexpected character in stream: \xFF"));
 
     EXPECT_EQ(stream.rdstate(), std::ios_base::eofbit | std::ios_base::failbit);
     stream.clear();
@@ -449,7 +399,7 @@ TEST(TokenReaderStream, mayBeAFileWithTextsLongerThanItsBuffer)
     Object written;
     for (int i = 0; i < 20000; ++i)
         written["member number " + std::to_string(i)] = Element(Trivial_T<std::string>("line\n" + std::to_string(i)));
-    Testing::TemporaryDirectory const directory;
+    Zelm::Testing::TemporaryDirectory const directory;
     {
         std::ofstream file(directory / "two.json", std::ios::binary);
         WriterJson::Write(written, file, true);
