@@ -8,6 +8,7 @@
 
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace Zelm::Fuzzing {
 
@@ -21,6 +22,14 @@ inline void check(bool holds, std::string_view rule, std::string_view details = 
 {
     if (!holds)
         fail(rule, details);
+}
+
+/// The details are put together only where they are needed: by a call of `details`, which returns a text.
+template <class Details, class = std::enable_if_t<std::is_invocable_v<Details const&>>>
+void check(bool holds, std::string_view rule, Details const& details)
+{
+    if (!holds)
+        fail(rule, details());
 }
 
 /// Both as bytes.

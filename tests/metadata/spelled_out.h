@@ -5,17 +5,21 @@
 
 #include "zelm/metadata/element.h"
 
+#include <cinttypes>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <string>
 
 namespace Zelm::MetaData::Testing {
 
-inline std::uint64_t bitsOf(double number)
+inline void appendNumber(double number, std::string& text)
 {
     std::uint64_t bits = 0;
     std::memcpy(&bits, &number, sizeof bits);
-    return bits;
+    char words[80];
+    std::snprintf(words, sizeof words, " %.17g of bits %016" PRIx64, number, bits);
+    text += words;
 }
 
 /// Appends to the text. Strings and names with their length, so that any bytes may be in them.
@@ -24,7 +28,7 @@ inline void spellOut(Element const& element, std::string& text)
     text += ToString(element.GetElementType());
     switch (element.GetElementType()) {
     case ElementType::Number:
-        text += ' ' + std::to_string(element.asDouble()) + " of bits " + std::to_string(bitsOf(element.asDouble()));
+        appendNumber(element.asDouble(), text);
         break;
     case ElementType::Integer:
         text += ' ' + std::to_string(element.asInt64());
