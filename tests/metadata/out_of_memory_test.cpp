@@ -123,5 +123,26 @@ TEST(ReadersOutOfMemory, reportALackThatLasts)
     }
 }
 
+TEST(JsonStringOutOfMemory, isWholeOrNotAtAll)
+{
+    Object object;
+    for (int i = 0; i < 50; ++i)  // more text than a stream's buffer holds at first
+        object[longText + std::to_string(i)] = array({integer(i), string(longText)});
+    auto const whole = Json::metaDatatoJsonString(object);
+
+    for (auto const shortage : {Shortage::Passing, Shortage::Lasting}) {
+        std::string written;
+        auto const failures = failEachAllocationInTurn(
+            [&] {
+                written = Json::metaDatatoJsonString(object);
+                EXPECT_EQ(written, whole);
+            },
+            [&] { EXPECT_EQ(written, ""); }, shortage);
+
+        EXPECT_GT(failures, 3u);
+        EXPECT_EQ(written, whole);
+    }
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

@@ -9,6 +9,7 @@ namespace Zelm::Json {
 std::string metaDatatoJsonString(MetaData::Object const& object)
 {
     std::stringstream stream;
+    stream.exceptions(std::ios::badbit);  // otherwise a lack of memory cuts the text off without a word
     MetaData::WriterJson::Write(object, stream, true);
     return stream.str();
 }
