@@ -112,6 +112,26 @@ struct Unwritable : MetaData::PartiallySerializableInterface {
     void copyFromMetaData(Element const&) override {}
 };
 
+/// Writes itself in part.
+struct HalfWritable : MetaData::PartiallySerializableInterface {
+    void copyToMetaData(Element& target) const override
+    {
+        target["half"] = string("written");
+        throw std::runtime_error("unwritable");
+    }
+    void copyFromMetaData(Element const&) override {}
+};
+
+TEST(ExtendedFields, keepWhatTheValueWroteBeforeItFailedOnPurpose)
+{
+    Message message(kind, {}, {});
+
+    EXPECT_THAT([&] { message.setExtendedField("note", HalfWritable()); },
+                throwsText<std::runtime_error>("unwritable"));
+
+    EXPECT_PRED2(identical, message.extendedField("note"), object({{"half", string("written")}}));
+}
+
 TEST(ExtendedFields, areCreatedBeforeTheValueFailsToWriteItself)
 {
     Message message(kind, {}, {});

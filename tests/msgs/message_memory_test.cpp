@@ -142,16 +142,48 @@ TEST(MessageMemory, leavesTheAddressesAsTheyWereIfItRunsOutWhileTheyAreSet)
     EXPECT_EQ(getDestID(message).parts(), id.parts());
 }
 
-TEST(MessageMemory, canBeHadAgainForAnExtendedField)
+TEST(MessageMemory, leavesNoExtendedFieldBehindIfItRunsOutWhileOneIsSet)
 {
-    Message message(kind, {}, {});
     Note const note(longName);
+    for (auto const shortage : {Shortage::Passing, Shortage::Lasting}) {
+        Message message(kind, {}, {});
+        Element const before = formOf(message);
 
-    auto const failures =
-        failEachAllocationInTurn([&] { message.setExtendedField(longName, note); }, [&] { formOf(message); });
+        auto const failures = failEachAllocationInTurn([&] { message.setExtendedField(longName, note); },
+                                                       [&] {
+                                                           EXPECT_FALSE(message.hasExtendedField(longName));
+                                                           EXPECT_PRED2(identical, formOf(message), before);
+                                                       },
+                                                       shortage);
 
-    EXPECT_GT(failures, 1u);
-    EXPECT_EQ(message.extendedField(longName), object({{"text", string(longName)}}));
+        EXPECT_GT(failures, 3u);
+        EXPECT_PRED2(identical, message.extendedField(longName), object({{"text", string(longName)}}));
+    }
+}
+
+/// Writes two members, the second of which may fail.
+struct TwoNotes : MetaData::MirroredObject {
+    MetaData::Reflector<std::string, true, true> first{this, "first", "1: " + longName};
+    MetaData::Reflector<std::string, true, true> second{this, "second", "2: " + longName};
+};
+
+TEST(MessageMemory, leavesAnExtendedFieldAsItWasIfItRunsOutWhileItIsWrittenOver)
+{
+    TwoNotes const notes;
+    Element const written =
+        object({{"first", string(notes.first())}, {"second", string(notes.second())}, {"text", string(longName)}});
+    for (auto const shortage : {Shortage::Passing, Shortage::Lasting}) {
+        Message message(kind, {}, {});
+        message.setExtendedField("note", Note(longName));
+        Element const before = formOf(message);
+
+        auto const failures =
+            failEachAllocationInTurn([&] { message.setExtendedField("note", notes); },
+                                     [&] { EXPECT_PRED2(identical, formOf(message), before); }, shortage);
+
+        EXPECT_GT(failures, 4u);
+        EXPECT_PRED2(identical, message.extendedField("note"), written);
+    }
 }
 
 TEST(MessageMemory, leavesTheRegistryAsItWasIfItRunsOutDuringRegistration)

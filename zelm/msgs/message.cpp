@@ -5,6 +5,7 @@
 #include "zelm/metadata/writer_json.h"
 
 #include <iostream>
+#include <new>
 #include <utility>
 
 namespace Zelm::Msgs {
@@ -141,7 +142,21 @@ void Message::setExtendedField<MetaData::PartiallySerializableInterface>(
 {
     if (!validExtFieldName(name))
         throw Exception::InvalidParameter("Rejecting field name which collides with defined Message serialization");
-    value.copyToMetaData(extendedFields_[name]);
+
+    auto const old = extendedFields_.find(name);
+    bool const isNew = old == extendedFields_.end();
+    MetaData::Element before = isNew ? MetaData::Element() : old->element();
+    MetaData::Element& field = extendedFields_[name];
+    try {
+        value.copyToMetaData(field);
+    } catch (std::bad_alloc const&) {
+        // Nobody decided on this point to stop at. The value's own exceptions leave what it wrote, on purpose.
+        if (isNew)
+            extendedFields_.erase(extendedFields_.find(name));
+        else
+            field = std::move(before);
+        throw;
+    }
 }
 
 template <> void Message::setExtendedField<Exts::SenderId>(std::string const& name, Exts::SenderId const& value)

@@ -154,7 +154,8 @@ public:
     /// Lets the value write itself into the extended field of this name, which is created as Null if it isn't there and
     /// isn't cleared if it is. Takes any class derived from MetaData::PartiallySerializableInterface.
     /// Throws Exception::InvalidParameter "Rejecting field name which collides with defined Message serialization" for
-    /// a name that isn't valid, and what the value's copyToMetaData throws.
+    /// a name that isn't valid, and what the value's copyToMetaData throws: the field stands then as far as the value
+    /// has written it, unless that was std::bad_alloc, which leaves the message as it was.
     ///
     /// An Exts::SenderId is assigned to the address of this name instead, "SenderID" or "DestID". Any other name throws
     /// Exception::InvalidParameter "Storing senderID in a non-standard location".
