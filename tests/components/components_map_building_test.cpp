@@ -9,8 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -467,6 +469,51 @@ TEST(MapFile, mayBeImpossibleToOpen)
     for (int start = 1; start <= 2; ++start)
         expectRun(installation.run("initializesAMap"), enginesLog + outcome(true, 1, enginesMap),
                   failedToOpen(installation));
+}
+
+// Opening it would wait for whoever comes to its other end, for reading and then for writing.
+TEST(MapFile, isNotOpenedOnPurposeIfItIsAPipe)
+{
+    TemporaryInstallation installation;
+    installation.add("engines");
+    ASSERT_EQ(mkfifo(installation.mapFile().c_str(), 0600), 0);
+
+    expectRun(installation.run("initializesAMap"), enginesLog + outcome(true, 1, enginesMap),
+              failedToOpen(installation));
+    EXPECT_TRUE(fs::is_fifo(installation.mapFile()));
+}
+
+TEST(MapFile, isNeitherReadNorWrittenIfItIsAPipeWithSomebodyAtItsOtherEnd)
+{
+    TemporaryInstallation installation;
+    installation.add("engines");
+    ASSERT_EQ(mkfifo(installation.mapFile().c_str(), 0600), 0);
+    int const otherEnd = open(installation.mapFile().c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    ASSERT_GE(otherEnd, 0);
+    auto const text = enginesMap.text();
+    ASSERT_EQ(write(otherEnd, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+
+    expectRun(installation.run("initializesAMap"), enginesLog + outcome(true, 1, enginesMap),
+              failedToOpen(installation));
+    std::string left(2 * text.size(), ' ');
+    left.resize(static_cast<std::size_t>(std::max<ssize_t>(read(otherEnd, left.data(), left.size()), 0)));
+
+    EXPECT_EQ(left, text);
+    close(otherEnd);
+}
+
+TEST(MapFile, mayBeADeviceThatKeepsNothing)
+{
+    for (char const* device : {"/dev/null", "/dev/full"}) {
+        SCOPED_TRACE(device);
+        TemporaryInstallation installation;
+        installation.add("engines");
+        fs::create_symlink(device, installation.mapFile());
+
+        for (int start = 1; start <= 2; ++start)
+            expectRun(installation.run("initializesAMap"), enginesLog + outcome(true, 1, enginesMap),
+                      rebuilding + "couldn't load Components Map\n");
+    }
 }
 
 TEST(MapFile, mayBeADirectory)

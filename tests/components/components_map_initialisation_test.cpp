@@ -11,7 +11,6 @@
 
 #include <filesystem>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -252,22 +251,6 @@ TEST(MapInitialisation, copesWithAFileOfAnyDepth)
     expectAccepted(InstalledEngines(withMember(nested)), enginesMap);
     expectBuilt(InstalledEngines(withMember(unfinished)), enginesLog, 1, enginesMap,
                 rebuilding + "couldn't load Components Map\n");
-}
-
-/// A map "file" that a writer keeps open behind the closing brace, so that its end never comes.
-TEST(MapInitialisation, doesNotWaitForTheEndOfTheFile)
-{
-    TemporaryInstallation installation;
-    installation.add("engines");
-    ASSERT_EQ(mkfifo(installation.mapFile().c_str(), 0600), 0);
-    int const writer = open(installation.mapFile().c_str(), O_RDWR | O_CLOEXEC);
-    ASSERT_GE(writer, 0);
-    auto const text = enginesMap.text();
-    ASSERT_EQ(write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-
-    expectRun(installation.run("initializesAMap"), outcome(true, 0, enginesMap), "");
-
-    close(writer);
 }
 
 TEST(MapInitialisation, keepsTheTypesOfARefusedFileInSight)

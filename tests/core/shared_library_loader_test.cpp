@@ -16,12 +16,14 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 namespace Zelm {
 namespace {
 
 using Testing::childArguments;
 using Testing::ChildOptions;
+using ::testing::EndsWith;
 using Testing::executableLink;
 using Testing::executableLinkReads;
 using ::testing::HasSubstr;
@@ -154,6 +156,14 @@ TEST_F(LibrariesBesideTheExecutable, areNotNeededWhereTheStandardSearchFindsOne)
 TEST_F(LibrariesBesideTheExecutable, giveWayToTheStandardSearchIfTheyCannotBeOpened)
 {
     writeFile(directory / "bin/" + sameName, "no library");
+
+    EXPECT_EQ(loaded(sameName, twoInTheSearchPath), "two");
+}
+
+TEST_F(LibrariesBesideTheExecutable, giveWayToTheStandardSearchWithoutBeingOpenedIfTheyArePipes)
+{
+    std::filesystem::create_directories(directory / "bin");
+    ASSERT_EQ(mkfifo((directory / "bin/" + sameName).c_str(), 0600), 0);
 
     EXPECT_EQ(loaded(sameName, twoInTheSearchPath), "two");
 }
@@ -338,6 +348,43 @@ TEST(SharedLibraryLoader, isNotLoadedIfThereIsNoSuchLibraryAndTellsWhyOnceOnPurp
     // The reason is that of the attempt with the bare name.
     EXPECT_THAT(library.errorString(), StartsWith("libno_such_library.so: "));
     EXPECT_EQ(library.errorString(), "");
+}
+
+// The dynamic loader would wait for whoever writes into a pipe.
+TEST(SharedLibraryLoader, isNotLoadedOnPurposeFromAPipeOrADeviceAndTellsWhyOnce)
+{
+    TemporaryDirectory const directory;
+    auto const pipe = directory / "libpipe.so.1";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    auto const link = directory / "liblink.so.1";
+    std::filesystem::create_symlink("libpipe.so.1", link);
+    struct {
+        std::string name;
+        char const* why;
+    } const cases[] = {
+        {pipe, "a pipe"},
+        {link, "a link to one"},
+        {"./libpipe.so.1", "a pipe by a relative path"},
+        {"/dev/zero", "a device"},
+    };
+
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.why);
+        auto const child = runChild("tellsTheErrorOfItsLibrary", ChildOptions().in(directory.path()).with({row.name}));
+
+        EXPECT_THAT(child.out, StartsWith("not loaded [" + row.name + "/not a regular file: "));
+        EXPECT_THAT(child.out, EndsWith("] []"));
+    }
+}
+
+TEST(SharedLibraryLoader, leavesItToTheDynamicLoaderToTellADirectory)
+{
+    TemporaryDirectory const directory;
+
+    SharedLibraryLoader const library(directory.path().c_str(), 0);
+
+    EXPECT_FALSE(library.isLoaded());
+    EXPECT_THAT(library.errorString(), StartsWith(directory.path() + ": "));
 }
 
 TEST(SharedLibraryLoader, findsNothingOfTheProcessIfNoLibraryIsLoaded)

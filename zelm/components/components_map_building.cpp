@@ -5,6 +5,7 @@
 #include "zelm/core/exceptions.h"
 #include "zelm/core/files.h"
 #include "zelm/core/install_paths.h"
+#include "zelm/core/private/file_kind.h"
 #include "zelm/core/shared_library_loader.h"
 #include "zelm/metadata/element.h"
 #include "zelm/metadata/reader_json.h"
@@ -31,6 +32,13 @@ std::string const& componentsMapFile()
 {
     static std::string const path = zelmComponentsMapDir() + "CMP_ComponentsMap.json";
     return path;
+}
+
+/// Opening a pipe waits for good for somebody at its other end, so one in the place of the map file counts as a file
+/// that can't be opened.
+bool mapFileIsPipe()
+{
+    return Private::fileKindOf(componentsMapFile().c_str()) == Private::FileKind::Pipe;
 }
 
 std::string fileNameOf(FileInfo const& file)
@@ -88,7 +96,9 @@ std::string_view readMap(Map& map, std::istream& stream)
 /// trusted. The other rows stay: the build compares with them.
 void loadMap(Map& map)
 {
-    std::ifstream file(componentsMapFile());
+    std::ifstream file;
+    if (!mapFileIsPipe())
+        file.open(componentsMapFile());
     if (!file.is_open()) {
         std::cerr << "Failed to open: " << componentsMapFile() << std::endl;
         return;
@@ -263,7 +273,8 @@ void writeMap(Map const& map)
     char buffer[4096];
     std::ofstream file;
     file.rdbuf()->pubsetbuf(buffer, sizeof buffer);
-    file.open(componentsMapFile());
+    if (!mapFileIsPipe())
+        file.open(componentsMapFile());
     if (!file.is_open())
         return;
     file << text;

@@ -1,5 +1,7 @@
 #include "zelm/core/shared_library_loader.h"
 
+#include "zelm/core/private/file_kind.h"
+
 #include <utility>
 
 #include <dlfcn.h>
@@ -21,6 +23,24 @@ std::string executableDirectory()
     return directory;
 }
 
+/// Whether the loader would open what is no library for certain: it waits for good for whoever writes into a pipe.
+bool isPipeOrDevice(std::string const& path)
+{
+    using Private::FileKind;
+    if (path.find('/') == std::string::npos)
+        return false;  // the name of a library, which the loader looks for at its own places
+    auto const kind = Private::fileKindOf(path.c_str());
+    return kind == FileKind::Pipe || kind == FileKind::Other;
+}
+
+/// What dlopen gives, without opening pipes and devices.
+void* openLibrary(std::string const& path, int mode)
+{
+    if (isPipeOrDevice(path))
+        return dlopen((path + "/not a regular file").c_str(), mode);  // there is no such thing, as dlerror then tells
+    return dlopen(path.c_str(), mode);
+}
+
 }  // namespace
 
 namespace Private {
@@ -35,11 +55,11 @@ public:
         if (!name.empty() && name.front() != '/') {
             std::string const directory = executableDirectory();
             if (!directory.empty())
-                handle = dlopen((directory + name).c_str(), mode);
+                handle = openLibrary(directory + name, mode);
             if (handle)
                 return;
         }
-        handle = dlopen(name.c_str(), mode);
+        handle = openLibrary(name, mode);
     }
 
     std::string const name;

@@ -41,7 +41,8 @@ public:
     SharedLibraryLoader();
 
     /// Opens the library and binds all its symbols at once. A failure doesn't throw: see isLoaded. The empty name
-    /// stands for the process itself, as it does for dlopen.
+    /// stands for the process itself, as it does for dlopen. A path to a pipe, a device or a socket fails and isn't
+    /// opened.
     SharedLibraryLoader(char const* libraryName, int flags);
 
     SharedLibraryLoader(SharedLibraryLoader const& other);

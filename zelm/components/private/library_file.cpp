@@ -1,12 +1,14 @@
 #include "zelm/components/private/library_file.h"
 
+#include "zelm/core/private/file_kind.h"
+
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <vector>
 
 #include <elf.h>
-#include <sys/stat.h>
 
 namespace Zelm::Private {
 
@@ -25,13 +27,6 @@ bool isNativeElf(Elf64_Ehdr const& header)
            header.e_ident[EI_DATA] == ELFDATA2LSB && header.e_phentsize == sizeof(Elf64_Phdr);
 }
 
-/// True also if there is nothing of that name.
-bool isRegularFile(std::string const& path)
-{
-    struct ::stat attributes;
-    return ::stat(path.c_str(), &attributes) != 0 || S_ISREG(attributes.st_mode);
-}
-
 /// Whether the file is a shared library of which the end is missing. False for one that is no 64-bit little-endian ELF
 /// file.
 bool isCutOff(std::string const& path)
@@ -48,19 +43,18 @@ bool isCutOff(std::string const& path)
     std::vector<Elf64_Phdr> segments(header.e_phnum);
     if (!readAt(file, header.e_phoff, segments.data(), segments.size()))
         return true;
-    for (auto const& segment : segments) {
+    return std::any_of(segments.begin(), segments.end(), [size](Elf64_Phdr const& segment) {
         bool const fits = segment.p_filesz <= size && segment.p_offset <= size - segment.p_filesz;
-        if (segment.p_type == PT_LOAD && !fits)
-            return true;
-    }
-    return false;
+        return segment.p_type == PT_LOAD && !fits;
+    });
 }
 
 }  // namespace
 
 std::string reasonNotToLoad(std::string const& path)
 {
-    if (!isRegularFile(path))
+    auto const kind = fileKindOf(path.c_str());
+    if (kind != FileKind::Regular && kind != FileKind::None)
         return "not a regular file";
     return isCutOff(path) ? "file too short" : "";
 }
