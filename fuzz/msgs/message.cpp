@@ -1,10 +1,11 @@
 // Messages out of any trees: the first one makes a message, and each one behind it is something that befalls it. An
 // Object is read, ["name", value] sets an extended field, "SenderID" or another text an address through its name, an
 // Integer or a Number the sender, and null looks at the destination by write access. Each time the message says and
-// writes what a model says that spells out the rules, and the factory does with the tree what the rules say. In the end
-// the message is copied, compared, printed and sent through JSON text.
+// writes what a model says that spells out the rules, and the factory, an identifier and an address do with the tree
+// what the rules say. In the end the message is copied, compared, printed and sent through JSON text.
 #include "zelm/msgs/message.h"
 
+#include "fuzz/msgs/message_parts.h"
 #include "fuzz/msgs/plain_message.h"
 #include "fuzz/support/check.h"
 #include "fuzz/support/input.h"
@@ -348,17 +349,28 @@ void checkText(Class messageClass, Message const& message)
               "a message comes back from its JSON text by the fast path");
 }
 
+void checkParts(Element const& tree)
+{
+    checkIdentifier(tree);
+    if (auto const* const id = memberOf(tree, "MessageID"))
+        checkIdentifier(*id);
+    if (tree.GetElementType() == ElementType::Object)
+        checkAddressIn(tree.CastTo<Object>());
+}
+
 void checkLife(Input& input)
 {
     Class const messageClass = input.choice(2) == 0 ? Class::base : Class::derived;
     TreeReader trees(input.rest());
     Element const first = trees.next();
+    checkParts(first);
     checkFactory(first);
     Made life = first.GetElementType() == ElementType::Object ? made(messageClass, first) : fresh(messageClass);
     if (!life.message)
         return;
     while (trees.hasNext()) {
         Element const tree = trees.next();
+        checkParts(tree);
         checkFactory(tree);
         if (tree.GetElementType() == ElementType::Object) {
             if (Made other = made(Class::base, tree); other.message)
