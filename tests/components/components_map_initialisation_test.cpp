@@ -236,7 +236,7 @@ TEST(MapInitialisation, readsTheFileAsFarAsItsClosingBraceOnPurpose)
 /// So many levels that no thread's stack could hold a call for each of them.
 TEST(MapInitialisation, copesWithAFileOfAnyDepth)
 {
-    constexpr std::size_t levels = 200000;
+    constexpr std::size_t levels = 1000000;
     std::string nested;
     for (std::size_t level = 0; level < levels; ++level)
         nested += level % 20 == 0 ? "[" : "{\"a\":";

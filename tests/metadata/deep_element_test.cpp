@@ -17,6 +17,7 @@
 namespace Zelm::MetaData {
 namespace {
 
+using Testing::aMillionLevels;
 using Testing::array;
 using Testing::deepArrays;
 using Testing::deepLevels;
@@ -36,9 +37,8 @@ constexpr unsigned long deepArrayLevels = deepLevels / 4;  // an Array takes mor
 
 TEST(DeepElement, ofAMillionLevelsIsCopiedComparedAndDestroyed)
 {
-    constexpr unsigned long levels = Testing::levelsAreDear ? deepLevels : 1000000;
-    onASmallStack([&] {
-        Element const tree = deepTree(integer(1), levels);
+    onASmallStack([] {
+        Element const tree = deepTree(integer(1), aMillionLevels);
         Element const copy = tree;
         EXPECT_TRUE(copy == tree);
     });
@@ -193,11 +193,11 @@ TEST(DeepElement, isIndependentOfItsCopy)
 TEST(DeepElement, isAssignedAndReplacesADeepOne)
 {
     onASmallStack([] {
-        Element const tree = deepTree(integer(1));
+        Element const tree = deepTree(integer(1), aMillionLevels);
         Element target = deepTree(integer(2), 20000);
         target = tree;
 
-        EXPECT_EQ(innermostOf(target), integer(1));
+        EXPECT_EQ(innermostOf(target, aMillionLevels), integer(1));
     });
 }
 

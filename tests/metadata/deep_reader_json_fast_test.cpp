@@ -14,6 +14,7 @@
 namespace Zelm::MetaData {
 namespace {
 
+using Testing::aMillionLevels;
 using Testing::deepLevels;
 using Testing::deepText;
 using Testing::deepTree;
@@ -26,10 +27,11 @@ TEST(DeepFastReader, readsEveryLevel)
 {
     onASmallStack([] {
         Object object;
-        auto const printed = printedBy([&] { ReaderJson::Read(object, deepText("{\"x\":[null,7]}", deepLevels + 2)); });
+        auto const printed =
+            printedBy([&] { ReaderJson::Read(object, deepText("{\"x\":[null,7]}", aMillionLevels + 2)); });
 
         EXPECT_EQ(printed, "");
-        EXPECT_EQ(innermostOf(Element(std::move(object)), deepLevels + 2),
+        EXPECT_EQ(innermostOf(Element(std::move(object)), aMillionLevels + 2),
                   Testing::object({{"x", Testing::array({Element(), integer(7)})}}));
     });
 }

@@ -15,6 +15,7 @@
 namespace Zelm::MetaData {
 namespace {
 
+using Testing::aMillionLevels;
 using Testing::deepLevels;
 using Testing::deepText;
 using Testing::deepTree;
@@ -25,11 +26,11 @@ using Zelm::Testing::onASmallStack;
 TEST(DeepTokenReader, readsEveryLevel)
 {
     onASmallStack([] {
-        std::istringstream stream(deepText("{\"x\":7}", deepLevels + 2) + " rest");
+        std::istringstream stream(deepText("{\"x\":7}", aMillionLevels + 2) + " rest");
         Object object;
         ReaderJson::Read(object, stream);
 
-        EXPECT_EQ(innermostOf(Element(std::move(object)), deepLevels + 2), Testing::object({{"x", integer(7)}}));
+        EXPECT_EQ(innermostOf(Element(std::move(object)), aMillionLevels + 2), Testing::object({{"x", integer(7)}}));
         EXPECT_EQ(stream.get(), ' ');
     });
 }

@@ -19,6 +19,9 @@ constexpr bool levelsAreDear = Zelm::Testing::underSanitizer || Zelm::Testing::u
 /// On a small stack, a call for each of these would have to do with a few bytes.
 constexpr unsigned long deepLevels = levelsAreDear ? 50000 : 200000;
 
+/// For one test of each operation: what fits into no ordinary thread's stack either.
+constexpr unsigned long aMillionLevels = levelsAreDear ? deepLevels : 1000000;
+
 /// The kind of the level that holds `levelsBelow` others, when most of them are Objects.
 constexpr bool isArrayLevel(unsigned long levelsBelow)
 {

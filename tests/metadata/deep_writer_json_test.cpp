@@ -17,6 +17,7 @@
 namespace Zelm::MetaData {
 namespace {
 
+using Testing::aMillionLevels;
 using Testing::deepArrays;
 using Testing::deepText;
 using Testing::deepTree;
@@ -26,11 +27,11 @@ using Zelm::Testing::onASmallStack;
 TEST(DeepWriterJson, writesEachLevelOnOneLine)
 {
     onASmallStack([] {
-        Element const tree = deepTree(integer(7));
+        Element const tree = deepTree(integer(7), aMillionLevels);
         std::ostringstream stream;
         WriterJson::Write(tree, stream, false);
 
-        EXPECT_TRUE(stream.str() == deepText("7"));
+        EXPECT_TRUE(stream.str() == deepText("7", aMillionLevels));
     });
 }
 
