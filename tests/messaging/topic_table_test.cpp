@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <set>
 #include <string>
@@ -117,6 +118,8 @@ TEST(TopicTable, keepsTheOthersWhicheverTopicIsErased)
         std::vector<Topic*> topics;
         for (int i = 0; i < 7; ++i)
             topics.push_back(&table.obtain(Side::Sender, canonical(random()), {}));
+        // Another order than they came in: the last one stands in nobody's way.
+        std::shuffle(topics.begin(), topics.end(), random);
         while (!topics.empty()) {
             table.erase(*topics.back());
             topics.pop_back();
