@@ -6,12 +6,15 @@
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/temporary_installation.h"
+#include "zelm/core/shared_library_loader.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 
+#include <elf.h>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -394,11 +397,26 @@ TEST(MapBuilding, keepsACleanRowForATypeWhoseLibraryCantBeLoadedAnyMore)
     expectBuilt(installation, "", 0, map, "");
 }
 
+/// Behind the last byte of the file that the dynamic loader maps.
+std::size_t endOfLoadedPart(std::string const& library)
+{
+    Elf64_Ehdr header;
+    library.copy(reinterpret_cast<char*>(&header), sizeof header);
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < header.e_phnum; ++i) {
+        Elf64_Phdr segment;
+        library.copy(reinterpret_cast<char*>(&segment), sizeof segment, header.e_phoff + i * sizeof segment);
+        if (segment.p_type == PT_LOAD)
+            end = std::max<std::size_t>(end, segment.p_offset + segment.p_filesz);
+    }
+    return end;
+}
+
 // As an interrupted copy leaves it: the dynamic loader would map such a file, and the process end by a bus error.
 TEST(MapBuilding, doesNotLoadALibraryWhoseEndIsMissing)
 {
     auto const whole = readFile(InstalledEngines().library(engines));
-    std::size_t const sizes[] = {8192, 4096, 100, 64, 63, 1};  // all short of the code's end
+    std::size_t const sizes[] = {endOfLoadedPart(whole) - 1, 8192, 4096, 100, 64, 63, 1};
 
     for (auto const size : sizes) {
         SCOPED_TRACE(size);
@@ -408,6 +426,37 @@ TEST(MapBuilding, doesNotLoadALibraryWhoseEndIsMissing)
         setWriteTime(path, writeTime + 1);
         MapText const map{enginesMap.components,
                           {{engines, writeTime + 1, "Error loading: " + path + " -> " + path + ": file too short"}}};
+
+        expectBuilt(installation, "", 0, map, "");
+    }
+}
+
+TEST(MapBuilding, leavesItToTheDynamicLoaderToSayWhatIsWrongWithAFileThatIsNoLibraryOfThisSystem)
+{
+    struct {
+        char const* why;
+        std::size_t place;
+        char byte;
+    } const cases[] = {
+        {"no ELF file", 0, 'x'},
+        {"of 32 bits", EI_CLASS, ELFCLASS32},
+        {"of the other byte order", EI_DATA, ELFDATA2MSB},
+        {"with segments of a strange size", offsetof(Elf64_Ehdr, e_phentsize), 1},
+    };
+
+    auto const whole = readFile(InstalledEngines().library(engines));
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.why);
+        InstalledEngines const installation;
+        auto const path = installation.library(engines);
+        auto changed = whole;
+        changed.at(row.place) = row.byte;
+        writeFile(path, changed.substr(0, 8192));  // short of its end too, which says nothing about such a file
+        setWriteTime(path, writeTime + 1);
+        auto const reason = SharedLibraryLoader(path.c_str(), 0).errorString();
+        ASSERT_EQ(reason.find("file too short"), std::string::npos);
+        MapText const map{enginesMap.components,
+                          {{engines, writeTime + 1, "Error loading: " + path + " -> " + reason}}};
 
         expectBuilt(installation, "", 0, map, "");
     }
