@@ -313,5 +313,25 @@ TEST(DeepElementEquality, followsTheSameRulesAsForShallowOnes)
     EXPECT_GT(equal, 24);  // more than each with itself
 }
 
+// Wherever the ways for deep trees begin, it is within these levels.
+TEST(DeepElementEquality, followsTheSameRulesWhateverLiesOnTheLevelWhereTheWayChanges)
+{
+    Element const values[] = {null(),
+                              integer(3),
+                              array({}),
+                              array({integer(3)}),
+                              object({}),
+                              object({{"a", integer(3)}}),
+                              object({{"a", null()}})};
+
+    for (unsigned long levels = 0; levels < 100; ++levels) {
+        SCOPED_TRACE(levels);
+        for (Element const& a : values) {
+            for (Element const& b : values)
+                EXPECT_EQ(deepTree(a, levels) == deepTree(b, levels), &a == &b);
+        }
+    }
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData
