@@ -3,6 +3,7 @@
 #include "tests/metadata/elements.h"
 #include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
+#include "tests/support/vtable_slot.h"
 #include "zelm/metadata/reflector.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +22,7 @@ using Testing::identical;
 using Testing::integer;
 using Testing::object;
 using Testing::string;
+using Zelm::Testing::slotOf;
 using Zelm::Testing::throwsText;
 
 using OptionalInt = Reflector<int, false, true>;
@@ -385,6 +387,31 @@ TEST(PartiallySerializableInterface, isThereOnceInAClassThatIsBothObjectAndRefle
     EXPECT_PRED2(identical, element, object({{"both", object({{"x", integer(1)}})}}));
 }
 
+// A function that a class adds stands behind all those that it has, and so tells how many these are.
+struct BehindInterface : PartiallySerializableInterface {
+    virtual void next() = 0;
+};
+struct BehindObject : MirroredObject {
+    virtual void next() = 0;
+};
+struct BehindReflectorBase : ReflectorBase {
+    virtual void next() = 0;
+};
+
+TEST(PartiallySerializableInterface, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    EXPECT_EQ(slotOf(&PartiallySerializableInterface::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&PartiallySerializableInterface::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(&BehindInterface::next), 4);
+}
+
+TEST(MirroredObject, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    EXPECT_EQ(slotOf(&MirroredObject::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&MirroredObject::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(&BehindObject::next), 4);
+}
+
 // ------------------------------------------------------------------------------------------------------ ReflectorBase
 
 /// The three states, each with a reflector that is in it.
@@ -481,6 +508,14 @@ TEST(ReflectorBase, copiesTheStateAndNothingElseWhenItIsAssignedOnPurpose)
         targets.required.init();  // so that the value can be looked at
         EXPECT_EQ(targets.required(), 1);
     }
+}
+
+TEST(ReflectorBase, addsNoVirtualFunctionToThoseOfTheInterface)
+{
+    EXPECT_TRUE(std::is_abstract_v<ReflectorBase>);
+    EXPECT_EQ(slotOf(&ReflectorBase::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&ReflectorBase::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(&BehindReflectorBase::next), 4);
 }
 
 TEST(ReflectorBase, equalsAnotherOnPurposeIfBothHaveAValueOrBothHaveNone)

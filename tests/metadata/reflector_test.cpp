@@ -4,6 +4,7 @@
 #include "tests/support/failing_allocator.h"
 #include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
+#include "tests/support/vtable_slot.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +26,7 @@ using Testing::object;
 using Testing::string;
 using Zelm::Testing::AllocationCount;
 using Zelm::Testing::printedBy;
+using Zelm::Testing::slotOf;
 using Zelm::Testing::throwsText;
 
 std::string unset(std::string const& name)
@@ -452,6 +454,22 @@ TEST(Reflector, isAReflectorWithoutWriteAccessThroughTheParentheses)
     EXPECT_TRUE((std::is_base_of_v<Base, Reflector<int, false, true>>));
     EXPECT_TRUE((std::is_base_of_v<ReflectorBase, Base>));
     EXPECT_TRUE((std::is_same_v<decltype(std::declval<Reflector<int, false, true>&>()()), int const&>));
+}
+
+struct BehindReflector : Reflector<int, false, true> {
+    using Reflector::Reflector;
+    virtual void next() {}
+};
+
+TEST(Reflector, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
+{
+    using Value = ReflectorNoWriteParend<int, true>;
+
+    EXPECT_EQ(slotOf(&Value::copyToMetaData), 2);
+    EXPECT_EQ(slotOf(&Value::copyFromMetaData), 3);
+    EXPECT_EQ(slotOf(static_cast<void (Value::*)(int const&)>(&Value::assign)), 4);
+    EXPECT_EQ(slotOf(static_cast<void (Value::*)(Element const&)>(&Value::assign)), 5);
+    EXPECT_EQ(slotOf(&BehindReflector::next), 6);
 }
 
 }  // namespace
