@@ -31,11 +31,6 @@ void getEnvOr(std::string& value, std::string const& variable, std::string const
     value = text ? text : fallback;
 }
 
-bool endsIn(std::string const& text, std::string const& end)
-{
-    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
-}
-
 /// Takes the root from the current directory. Where that isn't the installation's folder of programs it holds the
 /// libraries itself, and `libDefault` is made empty: but not for a text too short to end in that folder's name, "/" and
 /// an unknown directory among them, which says nothing about the installation.
@@ -44,8 +39,9 @@ void takeRootFromCurrentDirectory(std::string& root, std::string& libDefault)
     std::string const programs = pathSeparator() + "bin";
     root = getCWD();
     if (root.size() >= programs.size()) {
-        if (endsIn(root, programs))
-            root.resize(root.size() - programs.size());
+        auto const end = root.size() - programs.size();
+        if (root.compare(end, std::string::npos, programs) == 0)
+            root.resize(end);
         else
             libDefault.clear();
     }
