@@ -12,6 +12,7 @@ Error::Error(unsigned int const& code, Category const& category, std::string con
 }
 
 Error::Error(Error const& other) = default;
+// NOLINTNEXTLINE(modernize-use-equals-default): that would keep the order of the members
 Error& Error::operator=(Error const& other)
 {
     message_ = other.message_;  // first, since it alone can fail

@@ -38,7 +38,7 @@ public:
 
     /// Whether the code is not 0. Category and text play no part: an error whose code is 0 looks like success here, and
     /// ComponentsRepositoryInterface::AlreadyInRepository is one. Not const: it belongs to the interface in this form.
-    operator bool() { return code_ != 0; }
+    operator bool() { return code_ != 0; }  // NOLINT(readability-make-member-function-const): see above
 
 private:
     std::uint32_t code_;

@@ -96,7 +96,7 @@ std::string getCWD()
 
 bool getLastFileWriteTime(char const* path, long& time)
 {
-    struct ::stat attributes;
+    struct ::stat attributes {};
     if (::stat(path, &attributes) != 0)
         return false;
     time = attributes.st_mtim.tv_sec;
@@ -129,7 +129,7 @@ std::list<FileInfo> getFileList(std::string const& pattern, int filter)
         std::string const candidate = front + entry->d_name;
         if (fnmatch(pattern.c_str(), candidate.c_str(), 0) != 0)
             continue;
-        struct ::stat attributes;
+        struct ::stat attributes {};
         if (lstat(candidate.c_str(), &attributes) != 0)
             continue;
         FileInfo info(candidate, attributes);

@@ -21,7 +21,7 @@ struct Element::Tree::Copying {
 
     Element& add(std::string const* name) const
     {
-        if (array)
+        if (!name)
             return *array->insert(Element());
         return object->insert(Object::Member(*name, Element()))->editableElement();
     }

@@ -110,7 +110,7 @@ bool streamsConvertPlainly()
 /// a result out of range included, is left to the rule.
 bool convertQuickly(std::string_view text, double& value)
 {
-    auto const end = text.data() + text.size();
+    auto const* const end = text.data() + text.size();
     auto const result = std::from_chars(text.data(), end, value);
     return result.ec == std::errc() && result.ptr == end;
 }

@@ -30,11 +30,12 @@ public:
             Free(old);
             return nullptr;
         }
+        // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): see above
         if (void* const memory = std::realloc(old, size))
             return memory;
         throw std::bad_alloc();
     }
-    static void Free(void* memory) { std::free(memory); }
+    static void Free(void* memory) { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc): see above
 };
 
 using Pool = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
@@ -159,8 +160,10 @@ bool parse(char const* text, Document& document)
         return parsed;
     };
     document.Populate(parseAsShallow);
-    if (isDeep)
+    if (isDeep) {
+        document = Document();  // what was built until then goes
         parsed = !document.Parse<flags | rapidjson::kParseIterativeFlag>(text).HasParseError();
+    }
     return parsed;
 }
 

@@ -84,6 +84,7 @@ template <class T> void writeVector(std::vector<T> const& values, Element& eleme
 
 }  // namespace
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type in parentheses is none
 #define ZELM_CONVERSIONS(T)                                                                                            \
     template <> T GetAs<T>(Element const& element)                                                                     \
     {                                                                                                                  \
@@ -130,6 +131,7 @@ template <class T> void writeVector(std::vector<T> const& values, Element& eleme
     {                                                                                                                  \
         return Element(arrayOf(value));                                                                                \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 ZELM_CONVERSIONS(double)
 ZELM_CONVERSIONS(float)

@@ -269,7 +269,7 @@ void WriterJson::Write_i(Trivial_T<double> const& value)
     }
 
     char text[40];  // sign, 20 digits, point, leading "0.000" or exponent
-    auto const end =
+    auto* const end =
         isExactlyALong(number)
             ? std::to_chars(text, text + sizeof text, static_cast<long>(number)).ptr
             : std::to_chars(text, text + sizeof text, number, std::chars_format::general, significantDigits).ptr;
@@ -285,7 +285,7 @@ void WriterJson::Write_i(Trivial_T<long> const& value)
     }
 
     char text[24];
-    auto const end = std::to_chars(text, text + sizeof text, integer).ptr;
+    auto* const end = std::to_chars(text, text + sizeof text, integer).ptr;
     put(stream_, {text, static_cast<std::size_t>(end - text)});
 }
 

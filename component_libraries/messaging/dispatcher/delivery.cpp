@@ -29,6 +29,7 @@ bool Delivery::run()
     return isTaken_;
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the deliveries are nested, each of which is a call deeper itself
 void Delivery::deliverOutermostFirst(Delivery* delivery, void const* dispatcher)
 {
     if (!delivery)

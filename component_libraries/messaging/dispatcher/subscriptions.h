@@ -24,7 +24,7 @@ public:
     using Queue = Msgs::MessageQueueInterface const*;
 
     struct Ended {
-        bool hasFound;
+        bool hasFound = false;
         std::shared_ptr<Receiver> lastOfQueue;  // the queue's receiver, if nothing is left of the queue
     };
 

@@ -106,6 +106,7 @@ void TopicTable::erase(Topic const& topic) noexcept
 {
     auto& depths = depthsOf(topic.side);
     --depths[topic.root.size()][topic.pattern.level];
+    // NOLINTNEXTLINE(readability-container-size-empty): an array of counts, which are compared with 0
     while (!depths.empty() && depths.back() == TopicsByLevel())
         depths.pop_back();
     --size_;

@@ -31,7 +31,7 @@ void publishFailure(Zelm::Msgs::MessageDispatcherInterface& dispatcher, Address 
         message->error = textOfCurrentException();
         dispatcher.dispatchMessage(message);
     } catch (...) {
-        std::fputs("host_monitor: a component has failed, and that couldn't be published\n", stderr);
+        static_cast<void>(std::fputs("host_monitor: a component has failed, and that couldn't be published\n", stderr));
     }
 }
 

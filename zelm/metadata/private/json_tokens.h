@@ -56,7 +56,7 @@ public:
 private:
     /// The place of a kept byte in front of which others were dropped, or of the end.
     struct Landmark {
-        std::size_t offset;
+        std::size_t offset = 0;
         Position position;
     };
 
