@@ -2,6 +2,7 @@
 
 import os
 import queue
+import sys
 import threading
 import time
 from dataclasses import dataclass
@@ -72,7 +73,8 @@ class Campaign:
         return waiting.qsize()
 
     def _work(self, number, stages, waiting):
-        workshop = Workshop(self._root, os.path.join(self._directory, f"job{number}"))
+        processes = max(1, (os.cpu_count() or 1) // self._jobs)
+        workshop = Workshop(self._root, os.path.join(self._directory, f"job{number}"), processes)
         try:
             self._prepare(workshop, stages)
             while not self._stop.is_set() and not self._is_over():
@@ -90,14 +92,17 @@ class Campaign:
             workshop.clean_up()
 
     def _prepare(self, workshop, stages):
+        print(f"mutate: building in {workshop.directory}", file=sys.stderr, flush=True)
         programs = {stage.program for stage in stages} | {"ZelmCore"}
         if any(stage.folder == "messaging" for stage in stages):
             programs.add("ZelmMessaging")
-        workshop.prepare(programs, max(1, (os.cpu_count() or 1) // self._jobs))
+        workshop.prepare(programs)
         with self._preparing:  # the first one that is built measures for all
             for stage in sorted(stages, key=lambda stage: (stage.folder, stage.long_tests)):
                 if stage in self._seconds or self._stop.is_set():
                     continue
+                tests = stage.long_tests or "short tests"
+                print(f"mutate: {stage.program} unchanged: {tests}", file=sys.stderr, flush=True)
                 outcome = run_stage(stage, workshop.build, workshop.directory, 300)
                 if not outcome.passed:
                     raise TestsFail(f"{stage.program} fails where nothing was changed: {outcome.how}")
@@ -122,6 +127,7 @@ class Campaign:
             for number, stage in enumerate(_stages(site)):
                 if number == 1 and workshop.has_same_code(site.path, original, changed):
                     return SAME_CODE, "compiled with optimisation, both are the same"
+                workshop.make_ready(stage.program, site.path)
                 outcome = run_stage(stage, workshop.build, workshop.directory, 10 + 5 * self._seconds[stage])
                 workshop.clean_up()
                 if not outcome.passed:

@@ -235,7 +235,7 @@ def _change_of_return(file, function, statement):
 def sample(sites, count, seed):
     """`count` of the sites, the same ones for the same seed; a smaller sample is the beginning of a larger one.
 
-    Of every twenty at most one stands in a public header, which costs a minute where others cost seconds.
+    Of every fifty at most one stands in a public header, which costs minutes where others cost seconds.
     """
 
     def rank(site):
@@ -246,7 +246,7 @@ def sample(sites, count, seed):
     cheap = [site for site in ranked if not is_public_header(site.path)]
     chosen = []
     while len(chosen) < count and (cheap or dear):
-        from_header = dear and (not cheap or len(chosen) % 20 == 19)
+        from_header = dear and (not cheap or len(chosen) % 50 == 49)
         chosen.append((dear if from_header else cheap).pop(0))
     return chosen
 

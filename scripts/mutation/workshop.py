@@ -19,15 +19,17 @@ class BuildFailed(Exception):
 class Workshop:
     """Lives in `directory`, which is kept, so that the next run builds only what has changed since."""
 
-    def __init__(self, root, directory):
+    def __init__(self, root, directory, processes):
         self._root = root
+        self._processes = str(processes)  # that a build may use at a time
+        self._outdated = set()
         self.directory = directory
         self.tree = os.path.join(directory, "tree")
         self.build = os.path.join(self.tree, "build", "dev")
         # As far below the tree as the user's own build of this preset, so that ccache finds the same paths in both.
         self._environment = {**os.environ, "CCACHE_BASEDIR": root, "CCACHE_NOHASHDIR": "1", "ZELM_MUTANT": ""}
 
-    def prepare(self, programs, processes):
+    def prepare(self, programs):
         """Copies the tree and builds the libraries and the test programs."""
         self._copy_tree()
         launcher = os.path.join(self._root, "scripts", "mutation", "compiler_launcher")
@@ -35,7 +37,7 @@ class Workshop:
         # A program needn't be linked again when the shared library changes.
         configure += ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DZELM_BUILD_EXAMPLES=OFF", "-DZELM_INSTALL=OFF"]
         self._run(configure)
-        self._run(["ninja", "-C", self.build, "-j", str(processes), *sorted(programs)])
+        self._run(["ninja", "-C", self.build, "-j", self._processes, *sorted(programs)])
 
     def _run(self, command):
         finished = subprocess.run(
@@ -90,11 +92,18 @@ class Workshop:
 
     def compile(self, path):
         """Builds what the tests of the changed file need. False if it can't be built, with the compiler's words."""
-        return self._compile(path, "*" if path.endswith(".h") else path)
+        self._outdated.difference_update(self._targets(path))
+        return self._compile(self._targets(path), "*" if path.endswith(".h") else path)
 
-    def _compile(self, path, mutant):
+    def make_ready(self, program, path):
+        """Builds a program again that an earlier mutant went into, while another one is tried."""
+        if program in self._outdated:
+            self._outdated.clear()
+            self._compile(["ZelmMessaging", program], path)
+
+    def _compile(self, targets, mutant):
         finished = subprocess.run(
-            ["ninja", "-C", self.build, *self._targets(path)],
+            ["ninja", "-C", self.build, "-j", self._processes, *targets],
             env={**self._environment, "ZELM_MUTANT": mutant},
             stdout=subprocess.PIPE,
             stderr=subprocess.STDOUT,
@@ -144,10 +153,12 @@ class Workshop:
         return None
 
     def restore(self, path, original):
-        """A public header went into the test programs too, so they are built again at once."""
+        """What the mutant went into beside the core library, is built again: at once, or when it is needed."""
         self.write(path, original)
         if is_public_header(path):
-            self._compile(path, "")
+            self._compile(self._targets(path), "")
+        elif path.startswith("component_libraries/"):
+            self._outdated.update(self._targets(path))
 
     def clean_up(self):
         shutil.rmtree(os.path.join(self.directory, "tmp"), ignore_errors=True)
