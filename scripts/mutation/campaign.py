@@ -8,7 +8,7 @@ import time
 from dataclasses import dataclass
 
 from mutation.programs import folder_of, run_stage, stages_for
-from mutation.sites import is_public_header
+from mutation.sites import is_widely_included
 from mutation.workshop import Workshop
 
 NOTICED, TIMED_OUT, SURVIVED = "noticed", "timed out", "survived"
@@ -142,7 +142,7 @@ class Campaign:
 def _stages(site):
     """Where a public header was changed, the programs of other folders would have to be built again."""
     stages = stages_for(site.path)
-    if is_public_header(site.path):
+    if is_widely_included(site.path):
         return [stage for stage in stages if stage.folder == folder_of(site.path)]
     return stages
 

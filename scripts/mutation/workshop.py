@@ -7,7 +7,7 @@ import shutil
 import subprocess
 
 from mutation.programs import folder_of
-from mutation.sites import is_public_header
+from mutation.sites import is_widely_included
 
 _NOT_COPIED = {"build", "examples", "docs", "__pycache__"}
 
@@ -116,7 +116,7 @@ class Workshop:
         program = f"zelm_{folder_of(path)}_tests"
         if path.startswith("component_libraries/"):
             return ["ZelmMessaging", program]  # the tests compile the library's code once more
-        return ["ZelmCore", program] if is_public_header(path) else ["ZelmCore"]
+        return ["ZelmCore", program] if is_widely_included(path) else ["ZelmCore"]
 
     def has_same_code(self, path, original, changed):
         """Whether an optimising compiler makes the same of both texts: they can't behave differently then."""
@@ -155,10 +155,10 @@ class Workshop:
     def restore(self, path, original):
         """What the mutant went into beside the core library, is built again: at once, or when it is needed."""
         self.write(path, original)
-        if is_public_header(path):
-            self._compile(self._targets(path), "")
-        elif path.startswith("component_libraries/"):
+        if path.startswith("component_libraries/"):
             self._outdated.update(self._targets(path))
+        elif is_widely_included(path):
+            self._compile(self._targets(path), "")
 
     def clean_up(self):
         shutil.rmtree(os.path.join(self.directory, "tmp"), ignore_errors=True)
