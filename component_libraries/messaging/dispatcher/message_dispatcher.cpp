@@ -119,13 +119,13 @@ bool MessageDispatcher::endAll(Queue const& queue, Side side)
 {
     if (!queue)
         return false;
-    Subscriptions::Ended ended;
+    std::shared_ptr<Receiver> last;
     {
         std::unique_lock<StripedMutex> const lock(mutex_);
         retired_.makeRoom();
-        ended = subscriptions_.endAll(queue.get(), side);
-        if (ended.lastOfQueue)
-            retired_.add(queue.get(), ended.lastOfQueue);
+        last = subscriptions_.endAll(queue.get(), side);
+        if (last)
+            retired_.add(queue.get(), last);
     }
     // Also if nothing was left to end here: somebody else may have ended it just now.
     awaitCalls(queue.get());

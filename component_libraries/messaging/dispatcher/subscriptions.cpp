@@ -87,25 +87,22 @@ Subscriptions::Ended Subscriptions::end(Queue queue, Side side, Address const& r
     patterns.erase(pattern);
     if (patterns.empty())
         leave(memberships, membership);
-    return ended(true, subscriber);
+    return {true, dropIfLeftEmpty(subscriber)};
 }
 
-Subscriptions::Ended Subscriptions::endAll(Queue queue, Side side) noexcept
+std::shared_ptr<Receiver> Subscriptions::endAll(Queue queue, Side side) noexcept
 {
     auto const subscriber = subscribers_.find(queue);
     if (subscriber == subscribers_.end())
-        return {false, nullptr};
-    bool hasFound = false;
+        return nullptr;
     auto& memberships = subscriber->second.memberships;
     for (auto membership = memberships.begin(); membership != memberships.end();) {
-        if (membership->first->side != side) {
+        if (membership->first->side != side)
             ++membership;
-            continue;
-        }
-        hasFound = true;
-        membership = leave(memberships, membership);
+        else
+            membership = leave(memberships, membership);
     }
-    return ended(hasFound, subscriber);
+    return dropIfLeftEmpty(subscriber);
 }
 
 Subscriptions::Memberships::iterator Subscriptions::leave(Memberships& memberships,
@@ -121,14 +118,13 @@ Subscriptions::Memberships::iterator Subscriptions::leave(Memberships& membershi
     return memberships.erase(membership);
 }
 
-Subscriptions::Ended Subscriptions::ended(bool hasFound, Subscribers::iterator subscriber) noexcept
+std::shared_ptr<Receiver> Subscriptions::dropIfLeftEmpty(Subscribers::iterator subscriber) noexcept
 {
-    Ended result{hasFound, nullptr};
     if (!subscriber->second.memberships.empty())
-        return result;
-    result.lastOfQueue = std::move(subscriber->second.receiver);
+        return nullptr;
+    auto receiver = std::move(subscriber->second.receiver);
     subscribers_.erase(subscriber);
-    return result;
+    return receiver;
 }
 
 void Subscriptions::collect(Msgs::Message const& message, Receivers& receivers) const

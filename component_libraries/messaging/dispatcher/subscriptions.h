@@ -31,7 +31,8 @@ public:
     /// Changes nothing if the queue has this very subscription, or if memory runs out.
     void add(QueuePointer const& queue, Side side, Address const& root, Msgs::Identifier const& id);
     Ended end(Queue queue, Side side, Address const& root, Msgs::Identifier const& id) noexcept;
-    Ended endAll(Queue queue, Side side) noexcept;
+    /// Gives back the queue's receiver, if nothing is left of the queue.
+    std::shared_ptr<Receiver> endAll(Queue queue, Side side) noexcept;
 
     /// Adds the receiver of each queue that has a subscription which takes the message in, once.
     void collect(Msgs::Message const& message, Receivers& receivers) const;
@@ -47,7 +48,7 @@ private:
 
     static void join(Topic& topic, Subscriber& subscriber, Msgs::Identifier const& id);
     Memberships::iterator leave(Memberships& memberships, Memberships::iterator membership) noexcept;
-    Ended ended(bool hasFound, Subscribers::iterator subscriber) noexcept;
+    std::shared_ptr<Receiver> dropIfLeftEmpty(Subscribers::iterator subscriber) noexcept;
 
     TopicTable topics_;
     Subscribers subscribers_;
