@@ -36,6 +36,30 @@ TEST(DeepFastReader, readsEveryLevel)
     });
 }
 
+TEST(DeepFastReader, readsObjectsAndArraysInTurns)
+{
+    onASmallStack([] {
+        constexpr unsigned long pairs = deepLevels / 2;
+        std::string text;
+        for (unsigned long i = 0; i < pairs; ++i)
+            text += "{\"a\":[";
+        text += "7";
+        for (unsigned long i = 0; i < pairs; ++i)
+            text += "]}";
+
+        Object object;
+        ReaderJson::Read(object, text);
+
+        Element const tree(std::move(object));
+        Element const* innermost = &tree;
+        unsigned long found = 0;
+        for (; innermost->GetElementType() == ElementType::Object; ++found)
+            innermost = &(*innermost)["a"][0];
+        EXPECT_EQ(found, pairs);
+        EXPECT_EQ(*innermost, integer(7));
+    });
+}
+
 TEST(DeepFastReader, printsItsLineForAFaultBelowEveryLevelAndLeavesTheTarget)
 {
     onASmallStack([] {
