@@ -2,7 +2,10 @@
 #include "tests/messaging/messages.h"
 #include "tests/support/temporary_installation.h"
 
+#include "zelm/components/component.h"
+#include "zelm/components/component_factory.h"
 #include "zelm/components/components_repository.h"
+#include "zelm/components/core_component_factory.h"
 #include "zelm/core/exceptions.h"
 #include "zelm/messaging/callback_queue.h"
 #include "zelm/messaging/fixed_depth_queue.h"
@@ -122,6 +125,26 @@ TEST(MessagingLibrary, refusesAWrongDepthWithAnExceptionThatItsUserCanCatch)
     auto const child = Installed().run("failsToCreate", {MessageDispatcherInterface::FixedDepthQueueType, "many"});
 
     EXPECT_EQ(child.out, "Invalid Parameter: many");
+    EXPECT_EQ(child.status, 0) << child.err;
+}
+
+ZELM_CHILD(endsTheFactory)
+{
+    auto const factory = getComponentFactoryFromSharedLibrary("libZelmMessaging.so.0.1.0");
+    auto const passive = std::dynamic_pointer_cast<LifeCycle::PassiveInterface>(factory);
+    std::cout << factory->supportedComponents().size();
+    passive->startLifeCycle();
+    std::cout << ' ' << factory->supportedComponents().size();
+    passive->endLifeCycle();
+    std::cout << ' ' << factory->supportedComponents().size();
+    return factory->createComponent(MessageDispatcherInterface::QueueType, {}) != nullptr;
+}
+
+TEST(MessagingLibrary, makesItsComponentsBetweenStartAndEndOfItsFactoryAlone)
+{
+    auto const child = Installed().run("endsTheFactory");
+
+    EXPECT_EQ(child.out, "0 4 0");
     EXPECT_EQ(child.status, 0) << child.err;
 }
 

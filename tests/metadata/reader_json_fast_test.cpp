@@ -288,6 +288,21 @@ TEST(FastReader, takesTheLastOfEqualNamesOnPurpose)
 
 // ------------------------------------------------------------------------------------------------------------ faults
 
+TEST(FastReader, mergesNothingOfEqualNamesAtAnyDepth)
+{
+    auto const objects = a(R"({"a":{"b":{"x":1,"y":2},"b":{"z":3}}})");
+    EXPECT_EQ(objects["b"].CastTo<Object>().size(), 1u);
+    EXPECT_EQ(objects["b"]["z"], integer(3));
+
+    auto const arrays = a(R"({"a":[{"b":[1,2],"b":[3]}]})");
+    EXPECT_EQ(arrays[0]["b"].CastTo<Array>().size(), 1u);
+    EXPECT_EQ(arrays[0]["b"][0], integer(3));
+
+    auto const mixed = a(R"({"a":{"b":{"x":1},"b":[],"c":[1],"c":null}})");
+    EXPECT_EQ(mixed["b"], Array());
+    EXPECT_EQ(mixed["c"], Null());
+}
+
 TEST(FastReader, printsALineForATextThatDoesNotParseAndLeavesTheTargetOnPurpose)
 {
     std::string const texts[] = {
