@@ -128,7 +128,7 @@ class Campaign:
                 if number == 1 and workshop.has_same_code(site.path, original, changed):
                     return SAME_CODE, "compiled with optimisation, both are the same"
                 workshop.make_ready(stage.program, site.path)
-                outcome = run_stage(stage, workshop.build, workshop.directory, 10 + 5 * self._seconds[stage])
+                outcome = run_stage(stage, workshop.build, workshop.directory, 8 + 4 * self._seconds[stage])
                 workshop.clean_up()
                 if not outcome.passed:
                     return TIMED_OUT if outcome.timed_out else NOTICED, f"{stage.folder}: {outcome.how}"
