@@ -39,9 +39,9 @@ void takeRootFromCurrentDirectory(std::string& root, std::string& libDefault)
     std::string const programs = pathSeparator() + "bin";
     root = getCWD();
     if (root.size() >= programs.size()) {
-        auto const end = root.size() - programs.size();
-        if (root.compare(end, std::string::npos, programs) == 0)
-            root.resize(end);
+        auto const rootSize = root.size() - programs.size();
+        if (root.compare(rootSize, std::string::npos, programs) == 0)
+            root.resize(rootSize);
         else
             libDefault.clear();
     }
