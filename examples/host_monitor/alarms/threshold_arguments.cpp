@@ -96,6 +96,7 @@ std::vector<Threshold> parseThresholds(std::vector<std::string> const& arguments
     if (arguments.empty())
         fail("there are no thresholds");
     std::vector<Threshold> thresholds;
+    thresholds.reserve(arguments.size());
     for (auto const& argument : arguments)
         thresholds.push_back(parseThreshold(argument, "threshold " + std::to_string(thresholds.size() + 1)));
     return thresholds;

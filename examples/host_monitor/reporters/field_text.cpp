@@ -66,7 +66,7 @@ std::string splitWords(std::string_view camelCase)
 /// Independent of the locale, unlike printf.
 std::string fixedText(double value, int digits)
 {
-    std::array<char, 400> buffer;  // enough for the largest double
+    std::array<char, 400> buffer{};  // enough for the largest double
     auto const result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, digits);
     return {buffer.data(), result.ptr};
@@ -77,7 +77,7 @@ std::string plainText(double value)
 {
     if (value == 0 || std::fabs(value) >= 0.1)
         return fixedText(value, 1);
-    std::array<char, 32> buffer;
+    std::array<char, 32> buffer{};
     auto const result =
         std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::general, 2);
     return {buffer.data(), result.ptr};
