@@ -40,7 +40,7 @@ void takeRootFromCurrentDirectory(std::string& root, std::string& libDefault)
     root = getCWD();
     if (root.size() >= programs.size()) {
         auto const rootSize = root.size() - programs.size();
-        if (root.compare(rootSize, std::string::npos, programs) == 0)
+        if (root.compare(rootSize, programs.size(), programs) == 0)
             root.resize(rootSize);
         else
             libDefault.clear();

@@ -99,6 +99,7 @@ bool Element::Tree::equal(ContainerImp const& a, Element const& b)
         }
         Part const partOfA = level.a.next();
         Part const partOfB = level.b.next();
+        // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): both are parts of objects, or neither is
         if (partOfA.name && *partOfA.name != *partOfB.name)
             return false;
         Imp const* const impOfA = partOfA.element.imp_;

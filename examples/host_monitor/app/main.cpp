@@ -82,7 +82,7 @@ void monitor(Options const& options)
         std::rethrow_exception(failure);
 }
 
-int fail(std::string text)
+int endWith(std::string text)
 {
     std::replace(text.begin(), text.end(), '\n', ' ');  // a reason that the map gives may have several lines
     std::cerr << "host_monitor: " << text << std::endl;
@@ -94,7 +94,7 @@ int fail(std::string text)
 int main(int argc, char** argv)
 {
     // A reader that goes away is then a failure to write, which can be told.
-    std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGPIPE, SIG_IGN);
     try {
         auto const root = installationRoot();
         auto const options = parseCommandLine(argc, argv, root + "/etc/host_monitor.json");
@@ -107,8 +107,8 @@ int main(int argc, char** argv)
             monitor(*options);
         return 0;
     } catch (std::exception const& failure) {
-        return fail(failure.what());
+        return endWith(failure.what());
     } catch (...) {
-        return fail("something that is no std::exception was thrown");
+        return endWith("something that is no std::exception was thrown");
     }
 }

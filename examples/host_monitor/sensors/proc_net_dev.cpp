@@ -37,7 +37,7 @@ bool parseCounters(std::string_view rest, InterfaceCounters& result)
     return true;
 }
 
-std::optional<InterfaceCounters> parseLine(std::string_view line)
+std::optional<InterfaceCounters> parseInterface(std::string_view line)
 {
     // The last colon, as an alias has one in its name. The first counter may follow it without a blank.
     std::size_t const colon = line.rfind(':');
@@ -64,7 +64,7 @@ std::optional<std::vector<InterfaceCounters>> parseInterfaceCounters(std::string
             hasHead = true;
             continue;
         }
-        auto counters = parseLine(*line);
+        auto counters = parseInterface(*line);
         if (counters && seen.insert(counters->name).second)
             result.push_back(std::move(*counters));
     }

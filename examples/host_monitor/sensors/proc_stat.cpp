@@ -26,7 +26,7 @@ bool parseCoreName(std::string_view word, std::optional<int>& core)
     return true;
 }
 
-std::optional<CpuTimes> parseLine(std::string_view line)
+std::optional<CpuTimes> parseCpu(std::string_view line)
 {
     CpuTimes times;
     if (!parseCoreName(nextWord(line), times.core))
@@ -58,7 +58,7 @@ std::vector<CpuTimes> parseCpuTimes(std::string_view text)
     std::vector<CpuTimes> result;
     std::set<std::optional<int>> seen;
     while (auto const line = nextLine(text)) {
-        auto const times = parseLine(*line);
+        auto const times = parseCpu(*line);
         if (times && seen.insert(times->core).second)
             result.push_back(*times);
     }
