@@ -10,7 +10,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <string>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -62,20 +64,6 @@ TEST(MapFile, isNeitherReadNorWrittenIfItIsAPipeWithSomebodyAtItsOtherEnd)
 
     EXPECT_EQ(left, text);
     close(otherEnd);
-}
-
-TEST(MapFile, mayBeADeviceThatKeepsNothing)
-{
-    for (char const* device : {"/dev/null", "/dev/full"}) {
-        SCOPED_TRACE(device);
-        TemporaryInstallation installation;
-        installation.add("engines");
-        fs::create_symlink(device, installation.mapFile());
-
-        for (int start = 1; start <= 2; ++start)
-            expectRun(installation.run("initializesAMap"), enginesLog + outcome(true, 1, enginesMap),
-                      rebuilding + "couldn't load Components Map\n");
-    }
 }
 
 TEST(MapFile, mayBeADirectory)
