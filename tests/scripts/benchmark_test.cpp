@@ -1,0 +1,250 @@
+// How scripts/benchmark reads targets and judges what was measured. It measures nothing here: it reports results that
+// the test has written.
+#include "../support/child_process.h"
+#include "../support/temporary_directory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace Zelm::Testing {
+
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using ::testing::Not;
+
+namespace {
+
+/// What was measured in one repetition, in Google Benchmark's form.
+std::string measured(std::string const& name, double cpuTime, std::string const& more = "")
+{
+    return R"({"name": ")" + name + R"(", "run_name": ")" + name +
+           R"(", "run_type": "iteration", "time_unit": "us", )" + R"("real_time": 1000, "cpu_time": )" +
+           std::to_string(cpuTime) + more + "}";
+}
+
+/// The script in a tree of its own, with these targets and results.
+class BenchmarkScript {
+public:
+    explicit BenchmarkScript(std::string const& targets)
+    {
+        std::filesystem::create_directories(tree_ / "build/benchmark/results");
+        std::filesystem::create_directories(tree_ / "build/benchmark/benchmarks");
+        std::filesystem::create_directories(tree_ / "benchmarks");
+        std::filesystem::create_directories(tree_ / "scripts/benchmarking");
+        std::filesystem::copy(SCRIPTS_DIR "/benchmark", tree_ / "scripts");
+        for (auto const& file : std::filesystem::directory_iterator(SCRIPTS_DIR "/benchmarking"))
+            if (file.path().extension() == ".py")
+                std::filesystem::copy(file, tree_ / "scripts/benchmarking");
+        writeFile(tree_ / "benchmarks/targets.txt", targets);
+    }
+
+    void has(std::vector<std::string> const& results) const
+    {
+        std::string text;
+        for (std::string const& result : results)
+            text += (text.empty() ? "" : ",\n") + result;
+        writeFile(tree_ / "build/benchmark/results/zelm_core_benchmarks.json",
+                  R"({"context": {"date": "today", "num_cpus": 2, "mhz_per_cpu": 2600}, "benchmarks": [)" + text +
+                      "]}");
+    }
+    void leftOut(std::string const& line) const { writeFile(tree_ / "build/benchmark/benchmarks/left_out", line); }
+
+    ChildResult report(std::vector<std::string> arguments = {}) const
+    {
+        arguments.insert(arguments.begin(), "--report");
+        return runProgram(tree_ / "scripts/benchmark", ChildOptions().with(arguments).in("/"));
+    }
+
+private:
+    TemporaryDirectory const tree_;
+};
+
+/// The cells of the table's row that begins with these words, blanks left out; empty if there is none.
+std::vector<std::string> rowOf(std::string const& table, std::string const& what, std::string const& against)
+{
+    std::istringstream lines(table);
+    for (std::string line; std::getline(lines, line);) {
+        std::vector<std::string> cells;
+        std::istringstream columns(line);
+        for (std::string cell; std::getline(columns, cell, '|');) {
+            auto const begin = cell.find_first_not_of(' ');
+            cells.push_back(begin == std::string::npos ? ""
+                                                       : cell.substr(begin, cell.find_last_not_of(' ') + 1 - begin));
+        }
+        if (cells.size() > 7 && cells[1] == what && cells[2] == against)
+            return {std::next(cells.begin(), 3), std::next(cells.begin(), 8)};
+    }
+    return {};
+}
+
+}  // namespace
+
+TEST(BenchmarkScript, showsItsUsageAndRefusesWhatItDoesntKnow)
+{
+    auto const help = runProgram(SCRIPTS_DIR "/benchmark", ChildOptions().with({"--help"}).in("/"));
+    EXPECT_THAT(help.out, HasSubstr("usage: scripts/benchmark "));
+    EXPECT_EQ(help.status, 0);
+
+    auto const unknown = runProgram(SCRIPTS_DIR "/benchmark", ChildOptions().with({"--fast"}).in("/"));
+    EXPECT_THAT(unknown.err, HasSubstr("unrecognized arguments: --fast"));
+    EXPECT_EQ(unknown.status, 2);
+}
+
+TEST(BenchmarkScript, judgesTheRatioByTheTargetAndFailsTheCheckBeyondATenth)
+{
+    struct Case {
+        char const* why;
+        char const* target;
+        double ours, theirs;
+        char const *ratio, *met;
+        int status;
+    };
+    Case const cases[] = {
+        {"just met", "at most 0.5", 50, 100, "0.50", "yes", 0},
+        {"missed by less than a tenth", "at most 0.5", 54, 100, "0.54", "nearly", 0},
+        {"missed by more", "at most 0.5", 56, 100, "0.56", "NO", 1},
+        {"at least so many times faster", "at least 4", 25, 100, "4 x", "yes", 0},
+        {"a tenth slower than that", "at least 4", 27, 100, "3.7 x", "nearly", 0},
+        {"much slower than that", "at least 4", 50, 100, "2 x", "NO", 1},
+    };
+    for (auto const& [why, target, ours, theirs, ratio, met, status] : cases) {
+        SCOPED_TRACE(why);
+        BenchmarkScript const script(std::string("read/small | peer | ") + target + "\n");
+        script.has({measured("read/ours/small", ours), measured("read/peer/small", theirs)});
+
+        auto const unchecked = script.report();
+        EXPECT_THAT(rowOf(unchecked.out, "read/small", "peer"),
+                    ::testing::ElementsAre(::testing::_, "100 us", ratio, target, met));
+        EXPECT_EQ(unchecked.status, 0);
+        EXPECT_EQ(script.report({"--check"}).status, status);
+    }
+}
+
+TEST(BenchmarkScript, takesTheMedianOfAllRepetitions)
+{
+    BenchmarkScript const script("read | peer | at most 0.5\n");
+    script.has(
+        {measured("read/ours", 10), measured("read/ours", 90), measured("read/ours", 30), measured("read/peer", 100)});
+
+    EXPECT_THAT(rowOf(script.report().out, "read", "peer"),
+                ::testing::ElementsAre("30 us", "100 us", "0.30", "at most 0.5", "yes"));
+}
+
+TEST(BenchmarkScript, comparesWallTimeOfThoseThatAreMeasuredByIt)
+{
+    BenchmarkScript const script("pump/2 | peer | at least 2\n");
+    script.has({measured("pump/ours/2/real_time", 1), measured("pump/peer/2/threads:2", 3000)});
+
+    EXPECT_THAT(rowOf(script.report().out, "pump/2", "peer"),
+                ::testing::ElementsAre("1 ms", "3 ms", "3 x", "at least 2", "yes"));
+}
+
+TEST(BenchmarkScript, judgesCountersByThemselvesOrAgainstAnother)
+{
+    BenchmarkScript const script("find/4 | ours | allocations at most 0\n"
+                                 "keep/4 | ours | allocations at most 2\n"
+                                 "keep/4 | peer | bytes at most 1.2\n");
+    script.has({measured("find/ours/4", 1, R"(, "allocations": 1)"),
+                measured("keep/ours/4", 1, R"(, "allocations": 2, "bytes": 5000)"),
+                measured("keep/peer/4", 1, R"(, "bytes": 4000)")});
+    auto const child = script.report({"--check"});
+
+    EXPECT_THAT(rowOf(child.out, "find/4", ""), ::testing::ElementsAre("1", "", "", "allocations at most 0", "NO"));
+    EXPECT_THAT(rowOf(child.out, "keep/4", ""), ::testing::ElementsAre("2", "", "", "allocations at most 2", "yes"));
+    EXPECT_THAT(rowOf(child.out, "keep/4", "peer"),
+                ::testing::ElementsAre("5,000", "4,000", "1.25", "bytes at most 1.2", "nearly"));
+    EXPECT_EQ(child.err, "benchmark: find/4 against ours: 1, expected allocations at most 0\n");
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST(BenchmarkScript, judgesNothingAgainstAPeerThatIsLeftOut)
+{
+    BenchmarkScript const script("read/small | peer | at most 0.5\n");
+    script.has({measured("read/ours/small", 50)});
+    script.leftOut("core peer: the package Peer isn't there\n");
+    auto const child = script.report({"--check"});
+
+    EXPECT_THAT(rowOf(child.out, "read/small", "peer"),
+                ::testing::ElementsAre("50 us", "-", "-", "at most 0.5", "left out"));
+    EXPECT_THAT(child.out, HasSubstr("\nleft out: core peer: the package Peer isn't there\n"));
+    EXPECT_EQ(child.status, 0);
+}
+
+TEST(BenchmarkScript, failsForATargetWithoutABenchmark)
+{
+    BenchmarkScript const script("raed/small | peer | at most 0.5\n");
+    script.has({measured("read/ours/small", 50), measured("read/peer/small", 100)});
+    script.leftOut("messaging peer: the package Peer isn't there\n");
+    auto const child = script.report();
+
+    EXPECT_EQ(child.err, "benchmark: raed/small against peer: no such benchmark, or nothing to compare\n");
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST(BenchmarkScript, failsIfABenchmarkGaveUp)
+{
+    BenchmarkScript const script("");
+    script.has({measured("read/ours/small", 0, R"(, "error_occurred": true, "error_message": "no data")")});
+    auto const child = script.report();
+
+    EXPECT_EQ(child.err, "benchmark: read/ours/small: no data\n");
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST(BenchmarkScript, listsComparisonsWithoutATargetBehindTheOthers)
+{
+    BenchmarkScript const script("read/small | peer | at most 0.5\n");
+    script.has({measured("read/floor/small", 10), measured("read/ours/small", 50), measured("read/peer/small", 100)});
+    auto const child = script.report();
+
+    EXPECT_THAT(rowOf(child.out, "read/small", "floor"), ::testing::ElementsAre("50 us", "10 us", "5.00", "", ""));
+    EXPECT_LT(child.out.find("| peer "), child.out.find("| floor "));
+}
+
+TEST(BenchmarkScript, showsTheChosenRowsAlone)
+{
+    BenchmarkScript const script("read/small | peer | at most 0.5\nread/large | peer | at most 0.5\n"
+                                 "write/small | peer | at most 0.5\n");
+    script.has({measured("read/ours/small", 50), measured("read/peer/small", 100), measured("read/ours/large", 50),
+                measured("read/peer/large", 100), measured("write/ours/small", 90), measured("write/peer/small", 100)});
+
+    EXPECT_THAT(script.report({"re*"}).out, Not(HasSubstr("write/small")));
+    auto const one = script.report({"--check", "read/small"});
+    EXPECT_THAT(one.out, HasSubstr("read/small"));
+    EXPECT_THAT(one.out, Not(HasSubstr("read/large")));
+    EXPECT_EQ(one.status, 0);
+    EXPECT_EQ(script.report({"--check"}).status, 1);
+}
+
+TEST(BenchmarkScript, namesTheLineOfATargetThatItCantRead)
+{
+    struct Case {
+        char const *why, *line, *fault;
+    };
+    Case const cases[] = {
+        {"two fields", "read | at most 1", "expected three fields, \"row/case \\| against \\| at most X\""},
+        {"no row", "Read it | peer | at most 1", "\"Read it\" is no row/case"},
+        {"nobody", "read | | at most 1", "\"\" is nobody to compare with"},
+        {"no bound", "read | peer | 0.5", "\"0.5\" is neither .*"},
+        {"a negative limit", "read | peer | at most -1", "\"at most -1\" is neither .*"},
+        {"an unknown counter", "read | peer | items at most 1", "\"items at most 1\" is neither .*"},
+        {"more allocations wanted", "read | ours | allocations at least 1", "of allocations the fewer the better: .*"},
+        {"time against itself", "read | ours | at most 1", "a time is compared with somebody else's"},
+        {"a bound that always holds", "read | peer | at least 0", "every time is at least 0 times faster"},
+        {"said twice", "first | peer | at most 2", "line 2 says what is expected of it"},
+    };
+    for (auto const& [why, line, fault] : cases) {
+        SCOPED_TRACE(why);
+        BenchmarkScript const script(std::string("# a comment\nfirst | peer | at most 1  # another\n\n") + line + "\n");
+        auto const child = script.report();
+
+        EXPECT_THAT(child.err, MatchesRegex(std::string("benchmark: benchmarks/targets.txt:4: ") + fault + "\n"));
+        EXPECT_EQ(child.status, 1);
+    }
+}
+
+}  // namespace Zelm::Testing
