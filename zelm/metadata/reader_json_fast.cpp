@@ -1,17 +1,16 @@
 #include "zelm/metadata/reader_json.h"
 
+#include "zelm/metadata/private/json_exponents.h"
 #include "zelm/metadata/private/level_stack.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/reader.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
 #include <new>
-#include <string_view>
 
 namespace Zelm::MetaData {
 
@@ -42,60 +41,6 @@ using Pool = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
 using Encoding = rapidjson::UTF8<>;
 using Document = rapidjson::GenericDocument<Encoding, Pool, ThrowingAllocator>;
 using Value = Document::ValueType;
-
-// -------------------------------------------------------------------------------------------------------- exponents
-
-/// The parser adds a number's exponent to minus the count of its decimals in an int, and where that runs over it looks
-/// up a power of ten far outside its table. Any exponent of more digits than these is out of a double's range as well.
-constexpr std::size_t mostExponentDigits = 8;
-constexpr char const* digits = "0123456789";
-
-std::size_t leadingZeros(std::string_view text)
-{
-    return std::min(text.find_first_not_of('0'), text.size());
-}
-
-/// Whether the sign stands behind the letter of an exponent that has too many digits, leading zeros not counted.
-bool isOfTooLongAnExponent(std::string_view text, std::size_t sign)
-{
-    if (sign == 0 || (text[sign - 1] != 'e' && text[sign - 1] != 'E'))
-        return false;
-    auto exponent = text.substr(sign + 1);
-    exponent.remove_prefix(leadingZeros(exponent));
-    return exponent.substr(0, mostExponentDigits + 1).find_first_not_of(digits) == std::string_view::npos &&
-           exponent.size() > mostExponentDigits;
-}
-
-/// In a number of the text or in what looks like one in a string. Positive exponents are no matter: the parser refuses
-/// one that is out of range before it could run over.
-bool mayHaveTooLongAnExponent(std::string_view text)
-{
-    for (auto sign = text.find('-'); sign < text.size(); sign = text.find('-', sign + 1))
-        if (isOfTooLongAnExponent(text, sign))
-            return true;
-    return false;
-}
-
-/// Leaves digits out of exponents that are too long, so that the number is 0 as it was before. Strings stay as they
-/// are.
-std::string withoutTooLongExponents(std::string_view text)
-{
-    std::string result;
-    bool inString = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        result += text[i];
-        if (text[i] == '"') {
-            inString = !inString;
-        } else if (inString && text[i] == '\\' && i + 1 < text.size()) {
-            result += text[++i];
-        } else if (!inString && text[i] == '-' && isOfTooLongAnExponent(text, i)) {
-            i += leadingZeros(text.substr(i + 1)) + 1;
-            result.append(text, i, mostExponentDigits);
-            i = std::min(text.find_first_not_of(digits, i), text.size()) - 1;
-        }
-    }
-    return result;
-}
 
 // ------------------------------------------------------------------------------------------------------------ parse
 
@@ -254,8 +199,8 @@ Element ConvertValue(Value const& value)
 void ReaderJson::Read(Object& object, std::string const& text)
 {
     Document document;
-    bool const isSafe = !mayHaveTooLongAnExponent(text);
-    if (!parse(isSafe ? text.c_str() : withoutTooLongExponents(text).c_str(), document)) {
+    bool const isSafe = !Private::mayHaveTooLongAnExponent(text);
+    if (!parse(isSafe ? text.c_str() : Private::withoutTooLongExponents(text).c_str(), document)) {
         std::cout << "Read"
                   << ": Parser Error!" << std::endl;
         return;
