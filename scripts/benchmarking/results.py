@@ -35,6 +35,12 @@ def median_of(runs, field):
     return statistics.median(values) if values else None
 
 
+def count_of(runs, counter):
+    """For one iteration. What only the first of thousands does is no part of it."""
+    count = median_of(runs, counter)
+    return None if count is None else round(count, 2)
+
+
 def read(paths):
     """{row/case: {who: Measured}}: the median of all repetitions."""
     runs_of = collections.defaultdict(list)
@@ -50,6 +56,5 @@ def read(paths):
     for (name, folder), runs in runs_of.items():
         what, who, is_wall_time = split(name)
         time = median_of(runs, "real_time" if is_wall_time else "cpu_time") * NANOSECONDS[runs[0]["time_unit"]]
-        measured.setdefault(what, {})[who] = Measured(
-            time, median_of(runs, "allocations"), median_of(runs, "bytes"), folder)
+        measured.setdefault(what, {})[who] = Measured(time, count_of(runs, "allocations"), count_of(runs, "bytes"), folder)
     return measured

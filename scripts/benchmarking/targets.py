@@ -13,7 +13,7 @@ EXPECTED = re.compile(r"(?:(allocations|bytes) )?at (most|least) (\d+(?:\.\d+)?)
 
 
 class Unreadable(Exception):
-    """A line that isn't in the form."""
+    """Lines that aren't in the form."""
 
 
 def parse(line):
@@ -43,7 +43,8 @@ def parse(line):
 
 
 def read(path):
-    targets, places = [], {}
+    """All targets. Raises Unreadable with a line for each one that isn't in the form."""
+    targets, places, faults = [], {}, []
     with open(path, encoding="utf-8") as file:
         for number, line in enumerate(file, 1):
             try:
@@ -56,5 +57,7 @@ def read(path):
                 places[key] = number
                 targets.append(target)
             except Unreadable as fault:
-                raise Unreadable(f"{path}:{number}: {fault}") from None
+                faults.append(f"{path}:{number}: {fault}")
+    if faults:
+        raise Unreadable("\n".join(faults))
     return targets
