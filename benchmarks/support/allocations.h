@@ -25,6 +25,7 @@
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
+#include <thread>
 
 namespace Zelm::Benchmarks {
 
@@ -63,13 +64,8 @@ private:
 };
 
 /// The bytes that the calling thread has allocated since this was made and not released again, as the allocator rounds
-/// them up, its own header of each block included. For what a value takes up while it lives:
-///
-///     LiveBytes const live;
-///     Object const tree = read(text);
-///     state.counters["bytes"] = static_cast<double>(live.now());
-///
-/// What was allocated before has to stay until then. One at a time in a thread; allocations are slower while it lives.
+/// them up, its own header of each block included. What was allocated before has to stay until then. One at a time in a
+/// thread; allocations are slower while it lives.
 class LiveBytes {
 public:
     LiveBytes();
@@ -79,5 +75,18 @@ public:
 
     std::ptrdiff_t now() const;
 };
+
+/// The bytes that what `make` returns takes up, for the counter "bytes". It is made in a thread of its own, where no
+/// memory lies ready that was allocated before.
+template <class Make> double liveBytesOf(Make const& make)
+{
+    std::ptrdiff_t bytes = 0;
+    std::thread([&] {
+        LiveBytes const live;
+        auto const made = make();
+        bytes = live.now();
+    }).join();
+    return static_cast<double>(bytes);
+}
 
 }  // namespace Zelm::Benchmarks
