@@ -37,7 +37,8 @@ class Campaign:
         self._deadline = deadline
         self._seconds = {}  # what each stage takes where nothing was changed
         self._lock = threading.Lock()
-        self._preparing = threading.Lock()
+        self._building = threading.Lock()
+        self._measuring = threading.Lock()
         self._stop = threading.Event()
         self._directory = os.path.join(root, "build", "mutate")
         self._root = root
@@ -92,12 +93,13 @@ class Campaign:
             workshop.clean_up()
 
     def _prepare(self, workshop, stages):
-        print(f"mutate: building in {workshop.directory}", file=sys.stderr, flush=True)
         programs = {stage.program for stage in stages} | {"ZelmCore"}
         if any(stage.folder == "messaging" for stage in stages):
             programs.add("ZelmMessaging")
-        workshop.prepare(programs)
-        with self._preparing:  # the first one that is built measures for all
+        with self._building:  # the next one finds what it needs in the compiler's cache
+            print(f"mutate: building in {workshop.directory}", file=sys.stderr, flush=True)
+            workshop.prepare(programs)
+        with self._measuring:  # the first one measures for all
             for stage in sorted(stages, key=lambda stage: (stage.folder, stage.long_tests)):
                 if stage in self._seconds or self._stop.is_set():
                     continue

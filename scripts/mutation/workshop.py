@@ -37,7 +37,7 @@ class Workshop:
         # A program needn't be linked again when the shared library changes.
         configure += ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DZELM_BUILD_EXAMPLES=OFF", "-DZELM_INSTALL=OFF"]
         self._run(configure)
-        self._run(["ninja", "-C", self.build, "-j", self._processes, *sorted(programs)])
+        self._run(["ninja", "-C", self.build, *sorted(programs)])
 
     def _run(self, command):
         finished = subprocess.run(
