@@ -17,6 +17,7 @@
 namespace Zelm::Msgs {
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using Testing::FifoQueue;
@@ -219,6 +220,22 @@ TEST(FindCovering, searchesTablesOfTheOtherHashersToo)
         EXPECT_THAT(
             (findCovering<int, MessageKey::HasherWithDestination>(sent, byDestination, false, Group::DestinationOnly)),
             ElementsAre(Pointee(2)));
+    }
+}
+
+TEST(FindCovering, stopsAtTheFirstOneInTablesOfTheOtherHashersTooIfThatIsAll)
+{
+    using BySender = std::unordered_map<MessageKey, int, MessageKey::HasherWithSender, std::equal_to<MessageKey>>;
+    auto const sent = message(id1234, {"a", "b"}, {});
+    BySender const two{{MessageKey(everyMsg, {"a"}, {}), 1}, {MessageKey(everyMsg, {"a", "b"}, {}), 2}};
+
+    for (std::size_t const size : {walked, probed}) {
+        auto const table = filledUp(two, size);
+
+        EXPECT_THAT((findCovering<int, MessageKey::HasherWithSender>(sent, table, false, Group::SenderOnly)),
+                    UnorderedElementsAre(Pointee(1), Pointee(2)));
+        EXPECT_THAT((findCovering<int, MessageKey::HasherWithSender>(sent, table, true, Group::SenderOnly)),
+                    ElementsAre(Pointee(AnyOf(1, 2))));
     }
 }
 
