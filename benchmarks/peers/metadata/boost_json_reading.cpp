@@ -1,7 +1,7 @@
 // Boost.JSON's stream_parser, the one for text that comes in pieces. One parser for all, which its documentation
-// recommends, as it keeps its buffers; pieces of 16 KiB, a page or so more than in its own examples. The values stand
-// on the default memory resource: that gives a tree which can be changed and gives back what is removed, as ours does.
-// The second one, on a monotonic resource, can't, and is there to be seen.
+// recommends, as it keeps its buffers; pieces of 16 KiB, four times those of its own examples. The values stand on the
+// default memory resource: that gives a tree which can be changed and gives back what is removed, as ours does. The
+// second one, on a monotonic resource, can't, and is there to be seen.
 #include <boost/json/monotonic_resource.hpp>
 #include <boost/json/stream_parser.hpp>
 #include <boost/json/value.hpp>
