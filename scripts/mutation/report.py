@@ -2,8 +2,6 @@
 
 from mutation.campaign import EQUAL, INVALID, NOTICED, SAME_CODE, SURVIVED, TIMED_OUT
 
-REQUIRED = 0.9  # of the mutants that behave differently
-
 
 def line_of(verdict):
     site = verdict.site
