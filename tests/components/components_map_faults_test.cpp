@@ -1,6 +1,7 @@
 // The components map where the system fails: files that can't be opened, listed, examined or written.
 #include "zelm/components/components_map.h"
 
+#include "tests/components/failing_close.h"
 #include "tests/components/installed.h"
 #include "tests/components/map_runs.h"
 #include "tests/components/map_text.h"
@@ -57,6 +58,46 @@ TEST(MapFileOnAFullDisk, forgetsTypesOfLibrariesThatAreGoneOnPurpose)
     InstalledEngines const installation(longMap().text());
     setWriteTime(installation.library(engines), writeTime + 1);
     installation.run("initializesAMapOnAFullDisk", {"100"});
+    MapText map = enginesMap;
+    map.libraries[0].timeStamp = writeTime + 1;
+
+    expectBuilt(installation, enginesLog, 1, map, rebuilding + "couldn't load Components Map\n");
+    expectAccepted(installation, map);
+}
+
+// --------------------------------------------------------------------------------------------------- a close that
+// fails
+
+ZELM_CHILD(initializesAMapThatGetsLostAtItsClose)
+{
+    ComponentsRepository::Map map;
+    bool isMade = false;
+    int lost = 0;
+    {
+        FailingClose const close;
+        isMade = initializeSourceMap(map);
+        lost = close.failures();
+    }
+    std::cout << isMade << ", types: " << map.components().size() << ", files lost: " << lost << '\n';
+    return 0;
+}
+
+TEST(MapFileThatGetsLostAtItsClose, isNotReportedWhileTheMapInMemoryServesTheProcess)
+{
+    InstalledEngines const installation;
+    setWriteTime(installation.library(engines), writeTime + 1);  // brings on a build
+
+    expectRun(installation.run("initializesAMapThatGetsLostAtItsClose"), enginesLog + "1, types: 2, files lost: 1\n",
+              "");
+
+    EXPECT_EQ(readFile(installation.mapFile()), "");
+}
+
+TEST(MapFileThatGetsLostAtItsClose, isMadeAnewByTheNextStart)
+{
+    InstalledEngines const installation;
+    setWriteTime(installation.library(engines), writeTime + 1);
+    installation.run("initializesAMapThatGetsLostAtItsClose");
     MapText map = enginesMap;
     map.libraries[0].timeStamp = writeTime + 1;
 
