@@ -226,6 +226,12 @@ ZELM_CHILD(makesAClerk)
         throw std::runtime_error("out of main");
     if (how == "exit with a copy of the pointer")
         std::exit(0);
+    if (how == "abort")
+        std::abort();
+    if (how == "_Exit")
+        std::_Exit(0);
+    if (how == "quick_exit")
+        std::quick_exit(0);
     repository.reset();
     if (how == "exit")
         std::exit(0);
@@ -275,6 +281,14 @@ TEST(Exit, comesTooLateToMatterIfTheComponentsAreReleasedBeforeMainEnds)
 TEST(Exit, endsNothingIfAnExceptionLeavesMain)
 {
     expectAtBothStarts("throw", "", "");
+}
+
+TEST(Exit, endsNothingIfTheProcessLeavesAtOnce)
+{
+    for (std::string const how : {"abort", "_Exit", "quick_exit"}) {
+        SCOPED_TRACE(how);
+        expectAtBothStarts(how, "", "");
+    }
 }
 
 // std::exit leaves the local variables of the functions that it doesn't return from as they are.
