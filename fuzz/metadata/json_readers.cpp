@@ -1,7 +1,8 @@
-// Any text to both readers. Where both take it they make the same of it, and where one refuses what the other takes it
-// has a reason: the differences that are meant are the named rules below, and there is no other.
+// Any text to both readers, and to a plain reading of it that knows where they differ. Each takes the texts that it
+// must take and no others, for the reasons named there, and makes of them what stands in them: by the two tables below.
 //
 // Input: a text.
+#include "fuzz/metadata/json_text.h"
 #include "fuzz/metadata/number_rules.h"
 #include "fuzz/support/check.h"
 #include "fuzz/support/input.h"
@@ -9,11 +10,12 @@
 #include "fuzz/support/trees.h"
 #include "zelm/metadata/reader_json.h"
 
-#include <cmath>
-#include <cstdlib>
+#include <charconv>
 #include <iostream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <system_error>
 
 using namespace Zelm;
 using namespace Zelm::Fuzzing;
@@ -21,144 +23,81 @@ using namespace Zelm::MetaData;
 
 namespace {
 
-// -------------------------------------------------------------------------------- what may differ where both take it
+// ------------------------------------------------------------------------------------------------------ what is read
 
-/// A number without fraction and exponent is an Integer on the fast path, if it fits 64 bits.
-bool isTheIntegerOf(double number, long integer)
-{
-    return number == static_cast<double>(integer);
-}
-
-/// From 2^63 up to 2^64 - 1 the fast path takes the bits over.
-bool isTheNegativeIntegerOf(double number, long integer)
-{
-    return integer < 0 && number >= 0x1p63 && number == static_cast<double>(static_cast<unsigned long>(integer));
-}
-
-/// The text is converted with correct rounding by one and fast by the other.
-bool isTheNumberOf(double exact, double fast, std::string const& text)
-{
-    return differsInTheLastPlacesAtMost(fast, exact, longestRunOfDigits(text)) || vanishes(fast, exact);
-}
-
-void checkAlike(Element const& byTokens, Element const& fast, std::string const& text)
-{
-    auto const details = [&] { return quoted(text) + "\n" + detailsOf(byTokens) + " and " + detailsOf(fast); };
-    auto const kind = byTokens.GetElementType();
-    check(kind != ElementType::Integer, "the token reader makes no Integer", details);
-    if (kind == ElementType::Number) {
-        double const number = byTokens.asDouble();
-        if (fast.GetElementType() == ElementType::Integer)
-            check(isTheIntegerOf(number, fast.asInt64()) || isTheNegativeIntegerOf(number, fast.asInt64()),
-                  "an Integer is the Number's, or its bits", details);
-        else
-            check(fast.GetElementType() == ElementType::Number && isTheNumberOf(number, fast.asDouble(), text),
-                  "Numbers differ in the last places at most", details);
-        return;
+/// By the token reader: Numbers, correctly rounded, however they are written.
+struct TokenRules {
+    static void checkNumber(std::string const& number, Element const& element)
+    {
+        auto const exact = extractedNumber(number);
+        check(exact && detailsOf(element) == detailsOf(Element(Trivial_T<double>(*exact))),
+              "the token reader makes a Number of each number, correctly rounded",
+              [&] { return number + " is " + detailsOf(element); });
     }
+    static std::string string(std::string const& text) { return text; }
+};
 
-    check(kind == fast.GetElementType(), "the kinds are the same", details);
-    if (kind == ElementType::Array) {
-        auto const& parts = byTokens.CastTo<Array>();
-        check(parts.size() == fast.CastTo<Array>().size(), "Arrays are of one size", details);
-        for (std::size_t i = 0; i < parts.size(); ++i)
-            checkAlike(parts[i], fast[i], text);
-    } else if (kind == ElementType::Object) {
-        auto const& members = byTokens.CastTo<Object>();
-        check(members.size() == fast.CastTo<Object>().size(), "Objects are of one size", details);
-        auto other = fast.CastTo<Object>().begin();
-        for (auto const& member : members) {
-            checkSame(other->name(), member.name(), "names are the same");
-            checkAlike(member.element(), other->element(), text);
-            ++other;
+/// By the fast path: an Integer of what is written with neither fraction nor exponent and fits 64 bits, a Number of any
+/// other, which may differ in the last places. Strings and names end at their first NUL.
+struct FastRules {
+    static void checkNumber(std::string const& number, Element const& element)
+    {
+        auto const details = [&] { return number + " is " + detailsOf(element); };
+        if (auto const expected = integer(number)) {
+            check(detailsOf(element) == detailsOf(Element(Trivial_T<long>(*expected))),
+                  "the fast path makes an Integer of what fits 64 bits", details);
+            return;
         }
-    } else {
-        checkSame(detailsOf(fast), detailsOf(byTokens), "scalars are the same");
+        check(element.GetElementType() == ElementType::Number, "the fast path makes a Number of any other", details);
+        double const exact = extractedNumber(number).value();
+        check(differsInTheLastPlacesAtMost(element.asDouble(), exact, longestRunOfDigits(number)) ||
+                  vanishes(element.asDouble(), exact),
+              "the fast path's Numbers differ in the last places at most", details);
     }
-}
+    static std::string string(std::string const& text) { return text.c_str(); }
 
-// ------------------------------------------------------------------------- why the fast path may refuse what is taken
-
-bool isDigit(char c)
-{
-    return c >= '0' && c <= '9';
-}
-
-/// [-] ( 0 | 1-9 digits ) [ . digits ] [ e [+-] digits ]
-bool isStrictNumber(std::string const& number)
-{
-    char const* c = number.c_str();
-    auto const skipDigits = [&c] {
-        char const* const first = c;
-        while (isDigit(*c))
-            ++c;
-        return c != first;
-    };
-    if (*c == '-')
-        ++c;
-    if (*c == '0')
-        ++c;
-    else if (!skipDigits())
-        return false;
-    if (*c == '.' && (++c, !skipDigits()))
-        return false;
-    if (*c == 'e' || *c == 'E') {
-        ++c;
-        if (*c == '+' || *c == '-')
-            ++c;
-        if (!skipDigits())
-            return false;
+private:
+    /// From 2^63 up to 2^64 - 1 the bits are taken over.
+    static std::optional<long> integer(std::string const& number)
+    {
+        char const* const end = number.data() + number.size();
+        auto const parsed = [&](auto value) -> std::optional<long> {
+            auto const result = std::from_chars(number.data(), end, value);
+            if (result.ec != std::errc() || result.ptr != end)
+                return {};
+            return static_cast<long>(value);
+        };
+        auto const asSigned = parsed(long());
+        return asSigned ? asSigned : parsed(static_cast<unsigned long>(0));
     }
-    return *c == '\0';
-}
+};
 
-/// The value, or the exponent by itself, is beyond what a double can be.
-bool isBeyondDoubles(std::string const& number)
+template <class Rules> void checkValue(JsonValue const& value, Element const& element)
 {
-    auto const exponent = number.find_first_of("eE");
-    return std::isinf(std::strtod(number.c_str(), nullptr)) ||
-           (exponent != std::string::npos && std::strtod(number.c_str() + exponent + 1, nullptr) > 308);
-}
+    auto const details = [&] { return value.text + " is " + detailsOf(element); };
+    if (value.kind == ElementType::Number)
+        return Rules::checkNumber(value.text, element);
 
-/// Goes through a text that the token reader took, up to where it stopped.
-bool mayBeRefusedByTheFastPath(std::string const& text, std::size_t taken)
-{
-    bool inString = false;
-    for (std::size_t i = 0; i < taken; ++i) {
-        char const c = text[i];
-        if (inString) {
-            if (static_cast<unsigned char>(c) < ' ')
-                return true;  // a raw control character
-            if (c == '\\')
-                ++i;
-            else if (c == '"')
-                inString = false;
-        } else if (c == '"') {
-            inString = true;
-        } else if (c == '\v' || c == '\f') {
-            return true;  // white space for one alone
-        } else if (c == '-' || isDigit(c)) {
-            auto const end = text.find_first_not_of("0123456789.eE-+", i);
-            auto const number = text.substr(i, end - i);
-            if (!isStrictNumber(number) || isBeyondDoubles(number))
-                return true;
-            i = end - 1;
+    check(value.kind == element.GetElementType(), "a value keeps its kind", details);
+    if (value.kind == ElementType::Boolean)
+        check(element.asBoolean() == (value.text == "true"), "a word keeps its value", details);
+    if (value.kind == ElementType::String)
+        checkSame(element.asString(), Rules::string(value.text), "a string keeps its bytes");
+    if (value.kind == ElementType::Array) {
+        check(element.CastTo<Array>().size() == value.parts.size(), "an Array has the parts of the text", details);
+        for (std::size_t i = 0; i < value.parts.size(); ++i)
+            checkValue<Rules>(value.parts[i], element[i]);
+    }
+    if (value.kind == ElementType::Object) {
+        std::map<std::string, JsonValue const*> members;
+        for (auto const& [name, member] : value.members)
+            members[Rules::string(name)] = &member;  // the last one wins, if there may be two
+        check(element.CastTo<Object>().size() == members.size(), "an Object has the members of the text", details);
+        for (auto const& member : element.CastTo<Object>()) {
+            check(members.count(member.name()) != 0, "an Object has the names of the text", details);
+            checkValue<Rules>(*members[member.name()], member.element());
         }
     }
-    // Text behind the value, up to the first NUL.
-    auto const rest = text.find_first_not_of(" \t\r\n", taken);
-    return rest != std::string::npos && text[rest] != '\0';
-}
-
-// ----------------------------------------------------------------------- why the token reader may refuse what is taken
-
-bool mayBeRefusedByTheTokenReader(std::string const& text, std::string const& exception)
-{
-    auto const beginsWith = [&](char const* words) { return exception.rfind(words, 0) == 0; };
-    auto const root = text.find_first_not_of(" \t\r\n");
-    return text[root] != '{' ||                                                // a root of another kind
-           beginsWith("Invalid Parameter: Object member already exists: ") ||  // a name twice
-           exception == "Unrecognized escape sequence found in string: \\u";
 }
 
 // -------------------------------------------------------------------------------------------------------- the readers
@@ -206,23 +145,39 @@ void checkAdding(std::string const& text, Object const& fast)
     checkSame(detailsOf(target), detailsOf(expected), "members are added or replaced, and the others kept");
 }
 
+void checkTokens(JsonText const& json, Outcome const& byTokens, std::string const& text)
+{
+    bool const isTaken = byTokens.refusal.empty();
+    check(isTaken == json.isTakenByTokens(), "the token reader takes what it must, and nothing else",
+          [&] { return quoted(text) + "\n" + byTokens.refusal; });
+    if (isTaken) {
+        check(byTokens.taken == json.end(), "the token reader stops behind the closing brace", quoted(text));
+        checkValue<TokenRules>(json.root(), Element(byTokens.object));
+    } else if (json.mustBeTakenByTheFastPath() && json.rootIsObject()) {
+        checkSame(byTokens.refusal, json.refusalByTokens().value(), "the token reader says why it refuses JSON");
+    }
+}
+
+void checkFast(JsonText const& json, Outcome const& fast, std::string const& text)
+{
+    bool const isTaken = fast.refusal.empty();
+    check(isTaken ? json.mayBeTakenByTheFastPath() : !json.mustBeTakenByTheFastPath(),
+          "the fast path takes what it must, and nothing else", quoted(text));
+    if (isTaken && json.rootIsObject())
+        checkValue<FastRules>(json.root(), Element(fast.object));
+    else
+        check(fast.object.empty(), "a root of another kind has no members", quoted(text));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size)
 {
     std::string const text(Input(data, size).rest());
-    auto const byTokens = readByTokens(text);
+    JsonText const json(text);
     auto const fast = readFast(text);
+    checkTokens(json, readByTokens(text), text);
+    checkFast(json, fast, text);
     checkAdding(text, fast.object);
-
-    bool const tokensTook = byTokens.refusal.empty();
-    bool const fastTook = fast.refusal.empty();
-    if (tokensTook && fastTook)
-        checkAlike(Element(byTokens.object), Element(fast.object), text);
-    else if (tokensTook)
-        check(mayBeRefusedByTheFastPath(text, byTokens.taken), "the fast path has a reason to refuse", quoted(text));
-    else if (fastTook)
-        check(mayBeRefusedByTheTokenReader(text, byTokens.refusal), "the token reader has a reason to refuse",
-              quoted(text) + "\n" + byTokens.refusal);
     return 0;
 }
