@@ -23,6 +23,7 @@ namespace Zelm {
 class ZELM_EXPORT Uuid {
 public:
     using Bytes = unsigned char[16];
+    using BytesReference = Bytes const&;  // cppcheck can't read a conversion to a reference to an array without it
 
     Uuid();  ///< a newly generated UUID
     Uuid(Bytes const& bytes);
@@ -42,7 +43,7 @@ public:
     ~Uuid() = default;
 
     Bytes const& asUuid_t() const noexcept { return bytes_; }
-    operator Bytes const&() const noexcept { return bytes_; }
+    operator BytesReference() const noexcept { return bytes_; }
 
     /// The text that this Uuid was built from, otherwise the 36 characters of the standard form in five groups, as
     /// libuuid prints them.
