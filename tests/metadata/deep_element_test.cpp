@@ -44,6 +44,20 @@ TEST(DeepElement, ofAMillionLevelsIsCopiedComparedAndDestroyed)
     });
 }
 
+TEST(DeepElement, ofAMillionArraysIsCopiedAssignedComparedAndDestroyed)
+{
+    onASmallStack([] {
+        Element const tree = deepArrays(integer(1), aMillionLevels);
+        {
+            Element const copy = tree;
+            EXPECT_TRUE(copy == tree);
+        }
+        Element target = deepArrays(integer(2), 1000);
+        target = tree;
+        EXPECT_TRUE(target == tree);
+    });
+}
+
 // ---------------------------------------------------------------------------------------------------------- destroy
 
 TEST(DeepElement, isDestroyed)

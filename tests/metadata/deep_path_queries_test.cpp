@@ -65,5 +65,19 @@ TEST(DeepPathSearch, goesThroughObjectsAloneIfItStopsAtArrays)
     });
 }
 
+TEST(DeepPathSearch, goesThroughAMillionArrays)
+{
+    onASmallStack([] {
+        Element const tree = Testing::deepArrays(object({{"x", integer(1)}}), aMillionLevels);
+        Path expected(aMillionLevels, "[0]");
+        expected.push_back("x");
+
+        auto const found = findSubElementsEx(tree, {"x"}, false);
+
+        ASSERT_EQ(found.size(), 1u);
+        EXPECT_TRUE(found.front() == expected);
+    });
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

@@ -85,5 +85,15 @@ TEST(DeepJsonStrings, giveBackADeepObject)
     });
 }
 
+TEST(DeepFastReader, readsAMillionArrays)
+{
+    onASmallStack([] {
+        Object object;
+        ReaderJson::Read(object, "{\"a\":" + Testing::deepArraysText("7", aMillionLevels) + '}');
+
+        EXPECT_TRUE(object["a"] == Testing::deepArrays(integer(7), aMillionLevels));
+    });
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

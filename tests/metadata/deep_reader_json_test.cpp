@@ -98,5 +98,16 @@ TEST(DeepTokenReader, refusesAFaultBelowEveryLevelWithItsOwnTextAndPlace)
     });
 }
 
+TEST(DeepTokenReader, readsAMillionArrays)
+{
+    onASmallStack([] {
+        std::istringstream stream("{\"a\":" + Testing::deepArraysText("7", aMillionLevels) + '}');
+        Object object;
+        ReaderJson::Read(object, stream);
+
+        EXPECT_TRUE(object["a"] == Testing::deepArrays(integer(7), aMillionLevels));
+    });
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

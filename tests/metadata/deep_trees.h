@@ -61,6 +61,12 @@ inline Element deepArrays(Element innermost, unsigned long levels)
     return tree;
 }
 
+/// The text of deepArrays in WriterJson's compact form.
+inline std::string deepArraysText(std::string const& innermost, unsigned long levels)
+{
+    return std::string(levels, '[') + innermost + std::string(levels, ']');
+}
+
 /// What lies inside that many levels of a deepTree. Throws std::runtime_error if they aren't as deepTree makes them.
 inline Element const& innermostOf(Element const& tree, unsigned long levels = deepLevels)
 {

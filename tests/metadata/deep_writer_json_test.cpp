@@ -83,5 +83,15 @@ TEST(DeepWriterJson, indentsEachLevelByATabOnLinesOfItsOwn)
     });
 }
 
+TEST(DeepWriterJson, writesAMillionArraysOnOneLine)
+{
+    onASmallStack([] {
+        std::ostringstream stream;
+        WriterJson::Write(deepArrays(integer(7), aMillionLevels), stream, false);
+
+        EXPECT_TRUE(stream.str() == Testing::deepArraysText("7", aMillionLevels));
+    });
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData
