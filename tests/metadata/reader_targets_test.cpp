@@ -29,15 +29,15 @@ using Zelm::Testing::Shortage;
 
 using MembersInOrder = std::vector<std::pair<std::string, Element>>;
 
-std::string const longName = "a name that is too long to be stored inside of a string object";
+std::string const longMemberName = "a name that is too long to be stored inside of a string object";
 
 /// Not in the order of their names, in which an Object holds them.
-std::string const textOfFive = R"({"m":[2.5,"a string that is too long to be stored inside"],")" + longName +
+std::string const textOfFive = R"({"m":[2.5,"a string that is too long to be stored inside"],")" + longMemberName +
                                R"(":{"b":[[{}]],"a":"another one that is too long to be stored inside"},)"
                                R"("c":4.5,"x":{"y":[0.5,[1.5]]},"b":"the last one that is too long to be stored"})";
 MembersInOrder const fiveMembers = {
     {"m", array({number(2.5), string("a string that is too long to be stored inside")})},
-    {longName,
+    {longMemberName,
      object({{"b", array({array({object({})})})}, {"a", string("another one that is too long to be stored inside")}})},
     {"c", number(4.5)},
     {"x", object({{"y", array({number(0.5), array({number(1.5)})})}})},
