@@ -3,6 +3,7 @@
 #include "zelm/msgs/handler_lookup.h"
 
 #include "tests/msgs/lookup_oracle.h"
+#include "tests/msgs/short_forms.h"
 #include "zelm/msgs/message.h"
 
 #include <gtest/gtest.h>
@@ -15,12 +16,8 @@ namespace {
 
 using namespace Testing;
 
-using Address = std::vector<std::string>;
 using Group = MessageKey::HashingGroup;
-using MessagePtr = std::shared_ptr<Message const>;
 using Table = TableWith<MessageKey::Hasher>;
-
-constexpr unsigned short any = 65535;
 
 /// Identifiers with each field one of 1, 2 and the wildcard.
 std::vector<unsigned long> smallIdentifiers()

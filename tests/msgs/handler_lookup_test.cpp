@@ -1,6 +1,7 @@
 #include "zelm/msgs/handler_lookup.h"
 
 #include "tests/msgs/fifo_queue.h"
+#include "tests/msgs/short_forms.h"
 #include "tests/support/failing_allocator.h"
 #include "zelm/msgs/dispatcher.h"
 #include "zelm/msgs/message.h"
@@ -20,31 +21,20 @@ namespace {
 using ::testing::AnyOf;
 using ::testing::Each;
 using ::testing::ElementsAre;
-using Testing::FifoQueue;
 using ::testing::IsEmpty;
 using ::testing::Pointee;
 using ::testing::UnorderedElementsAre;
 using ::testing::internal::CaptureStdout;
 using ::testing::internal::GetCapturedStdout;
+using namespace Testing;
 using Zelm::Testing::AllocationCount;
 using Zelm::Testing::failEachAllocationInTurn;
 
-using Address = std::vector<std::string>;
 using Group = MessageKey::HashingGroup;
-using MessagePtr = std::shared_ptr<Message const>;
 using NamedTable = std::unordered_map<MessageKey, std::string, MessageKey::Hasher, std::equal_to<MessageKey>>;
-
-constexpr unsigned short any = 65535;
-constexpr unsigned long id1234 = Identifier::toValue(1, 2, 3, 4);
-constexpr unsigned long everyMsg = Identifier::toValue(any, any, any, any);
 
 constexpr std::size_t walked = 12;
 constexpr std::size_t probed = 13;
-
-MessagePtr message(unsigned long id, Address const& sender = {}, Address const& dest = {})
-{
-    return std::make_shared<Message>(id, sender, dest);
-}
 
 /// Fills the table up to that size with entries that take in nothing of what these tests send.
 template <class Table> Table filledUp(Table table, std::size_t size)
@@ -54,9 +44,9 @@ template <class Table> Table filledUp(Table table, std::size_t size)
     return table;
 }
 
-/// The names of the entries found, one for each time that they stand in the result.
-std::multiset<std::string> found(MessagePtr const& message, NamedTable const& table, bool firstOnly = false,
-                                 Group group = Group::SenderAndDestination)
+/// The names of the entries foundNames, one for each time that they stand in the result.
+std::multiset<std::string> foundNames(MessagePtr const& message, NamedTable const& table, bool firstOnly = false,
+                                      Group group = Group::SenderAndDestination)
 {
     std::multiset<std::string> result;
     for (std::string const* const name : findCovering(message, table, firstOnly, group))
@@ -107,8 +97,8 @@ TEST(FindCovering, servesTheSameSubscriptionsBelowAndAboveTheLimit)
         SCOPED_TRACE(row.why);
         NamedTable const small = filledUp(NamedTable{{row.subscription, "it"}}, walked);
         NamedTable const large = filledUp(NamedTable{{row.subscription, "it"}}, probed);
-        EXPECT_EQ(found(row.message, small).size(), row.served ? 1u : 0u);
-        EXPECT_EQ(found(row.message, large).size(), row.served ? 1u : 0u);
+        EXPECT_EQ(foundNames(row.message, small).size(), row.served ? 1u : 0u);
+        EXPECT_EQ(foundNames(row.message, large).size(), row.served ? 1u : 0u);
     }
 }
 
@@ -129,10 +119,10 @@ INSTANTIATE_TEST_SUITE_P(aTableOf, FindCoveringIn, ::testing::Values(walked, pro
 
 TEST_P(FindCoveringIn, findsEverySubscriptionThatTakesTheMessageIn)
 {
-    EXPECT_THAT(found(message(id1234, {"a", "b", "c"}, {"x", "y"}), table),
+    EXPECT_THAT(foundNames(message(id1234, {"a", "b", "c"}, {"x", "y"}), table),
                 UnorderedElementsAre("id", "all", "from a", "all from a b", "for x", "all for x y"));
-    EXPECT_THAT(found(message(id1234, {"a"}, {"x"}), table), UnorderedElementsAre("id", "all", "from a", "for x"));
-    EXPECT_THAT(found(message(7, {"c"}, {}), table), UnorderedElementsAre("all"));
+    EXPECT_THAT(foundNames(message(id1234, {"a"}, {"x"}), table), UnorderedElementsAre("id", "all", "from a", "for x"));
+    EXPECT_THAT(foundNames(message(7, {"c"}, {}), table), UnorderedElementsAre("all"));
 }
 
 TEST_P(FindCoveringIn, pointsAtTheValuesInTheTable)
@@ -146,9 +136,9 @@ TEST_P(FindCoveringIn, pointsAtTheValuesInTheTable)
 
 TEST_P(FindCoveringIn, stopsAtTheFirstIfThatIsAskedFor)
 {
-    EXPECT_EQ(found(message(id1234, {"a", "b"}, {"x", "y"}), table, true).size(), 1u);
-    EXPECT_THAT(found(message(7), table, true), UnorderedElementsAre("all"));
-    EXPECT_THAT(found(message(900, {"d"}), NamedTable(), true), IsEmpty());
+    EXPECT_EQ(foundNames(message(id1234, {"a", "b"}, {"x", "y"}), table, true).size(), 1u);
+    EXPECT_THAT(foundNames(message(7), table, true), UnorderedElementsAre("all"));
+    EXPECT_THAT(foundNames(message(900, {"d"}), NamedTable(), true), IsEmpty());
 }
 
 TEST_P(FindCoveringIn, reservesRoomForTwentyAndAllocatesNothingElse)
@@ -180,14 +170,14 @@ TEST_P(FindCoveringIn, passesOnThatMemoryRanOut)
 TEST_P(FindCoveringIn, isSafeForSeveralThreadsThatSearchOneTable)
 {
     auto const sent = message(id1234, {"a", "b"}, {"x", "y"});
-    auto const expected = found(sent, table);
+    auto const expected = foundNames(sent, table);
 
     std::vector<std::multiset<std::string>> results(4);
     std::vector<std::thread> threads;
     for (auto& result : results)
         threads.emplace_back([&] {
             for (int i = 0; i < 200; ++i)
-                result = found(sent, table);
+                result = foundNames(sent, table);
         });
     for (auto& thread : threads)
         thread.join();
@@ -245,12 +235,12 @@ TEST(FindCovering, servesAPatternThatIsNoPermutationUpToTwelveEntriesOnPurpose)
 {
     for (unsigned long const pattern : {Identifier::toValue(1, any, 7, any), Identifier::toValue(any, 1, 2, 3)}) {
         NamedTable table = filledUp(NamedTable{{MessageKey(pattern, {}, {}), "it"}}, walked);
-        EXPECT_THAT(found(message(id1234), table), UnorderedElementsAre("it"));
+        EXPECT_THAT(foundNames(message(id1234), table), UnorderedElementsAre("it"));
 
         table = filledUp(table, probed);
 
-        EXPECT_THAT(found(message(id1234), table), IsEmpty());
-        EXPECT_THAT(found(message(pattern), table), UnorderedElementsAre("it")) << "it is its own permutation";
+        EXPECT_THAT(foundNames(message(id1234), table), IsEmpty());
+        EXPECT_THAT(foundNames(message(pattern), table), UnorderedElementsAre("it")) << "it is its own permutation";
     }
 }
 
@@ -270,9 +260,9 @@ TEST(FindCovering, findsAHandlerTwiceInALargeTableIfBothSidesReachItOnPurpose)
     for (Case const& row : cases) {
         SCOPED_TRACE(row.why);
         NamedTable const table{{MessageKey(id1234, row.sender, row.dest), "it"}};
-        EXPECT_THAT(found(row.message, filledUp(table, walked)), UnorderedElementsAre("it"));
-        EXPECT_THAT(found(row.message, filledUp(table, probed)), UnorderedElementsAre("it", "it"));
-        EXPECT_THAT(found(row.message, filledUp(table, probed), true), UnorderedElementsAre("it"));
+        EXPECT_THAT(foundNames(row.message, filledUp(table, walked)), UnorderedElementsAre("it"));
+        EXPECT_THAT(foundNames(row.message, filledUp(table, probed)), UnorderedElementsAre("it", "it"));
+        EXPECT_THAT(foundNames(row.message, filledUp(table, probed), true), UnorderedElementsAre("it"));
     }
 }
 
@@ -280,8 +270,8 @@ TEST(FindCovering, findsAHandlerOnceIfOnlyOneSideOfTheMessageReachesIt)
 {
     NamedTable const table = filledUp(NamedTable{{MessageKey(id1234, {"a"}, {"a"}), "it"}}, probed);
 
-    EXPECT_THAT(found(message(id1234, {"b"}, {"a"}), table), UnorderedElementsAre("it"));
-    EXPECT_THAT(found(message(id1234, {"a"}, {"b"}), table), IsEmpty()) << "found by its sender, but not covered";
+    EXPECT_THAT(foundNames(message(id1234, {"b"}, {"a"}), table), UnorderedElementsAre("it"));
+    EXPECT_THAT(foundNames(message(id1234, {"a"}, {"b"}), table), IsEmpty()) << "found by its sender, but not covered";
 }
 
 TEST(FindCovering, leavesOutAddressesByTheGroupInALargeTableOnly)
@@ -293,12 +283,12 @@ TEST(FindCovering, leavesOutAddressesByTheGroupInALargeTableOnly)
     auto const all = UnorderedElementsAre("id", "from a", "for x");
 
     for (int const group : {0, 1, 2, 3, 65535})
-        EXPECT_THAT(found(sent, filledUp(table, walked), false, static_cast<Group>(group)), all) << group;
+        EXPECT_THAT(foundNames(sent, filledUp(table, walked), false, static_cast<Group>(group)), all) << group;
     NamedTable const large = filledUp(table, probed);
-    EXPECT_THAT(found(sent, large, false, Group::SenderAndDestination), all);
-    EXPECT_THAT(found(sent, large, false, Group::SenderOnly), UnorderedElementsAre("id", "from a"));
-    EXPECT_THAT(found(sent, large, false, Group::DestinationOnly), UnorderedElementsAre("for x"));
-    EXPECT_THAT(found(sent, large, false, static_cast<Group>(3)), all);
+    EXPECT_THAT(foundNames(sent, large, false, Group::SenderAndDestination), all);
+    EXPECT_THAT(foundNames(sent, large, false, Group::SenderOnly), UnorderedElementsAre("id", "from a"));
+    EXPECT_THAT(foundNames(sent, large, false, Group::DestinationOnly), UnorderedElementsAre("for x"));
+    EXPECT_THAT(foundNames(sent, large, false, static_cast<Group>(3)), all);
 }
 
 TEST(FindCovering, findsAKeyWithAFixedHashInALargeTableOnlyUnderThatHash)
@@ -310,10 +300,10 @@ TEST(FindCovering, findsAKeyWithAFixedHashInALargeTableOnlyUnderThatHash)
     MessageKey const foreign(id1234, {"a"}, {}, fixed(1));
     MessageKey const collision(id1234, {"b"}, {}, fixed(MessageKey::Hasher()(like)));
 
-    EXPECT_THAT(found(sent, filledUp(NamedTable{{itsOwn, "it"}}, probed)), UnorderedElementsAre("it"));
-    EXPECT_THAT(found(sent, filledUp(NamedTable{{foreign, "it"}}, probed)), IsEmpty());
-    EXPECT_THAT(found(sent, filledUp(NamedTable{{foreign, "it"}}, walked)), UnorderedElementsAre("it"));
-    EXPECT_THAT(found(sent, filledUp(NamedTable{{collision, "it"}}, probed)), IsEmpty());
+    EXPECT_THAT(foundNames(sent, filledUp(NamedTable{{itsOwn, "it"}}, probed)), UnorderedElementsAre("it"));
+    EXPECT_THAT(foundNames(sent, filledUp(NamedTable{{foreign, "it"}}, probed)), IsEmpty());
+    EXPECT_THAT(foundNames(sent, filledUp(NamedTable{{foreign, "it"}}, walked)), UnorderedElementsAre("it"));
+    EXPECT_THAT(foundNames(sent, filledUp(NamedTable{{collision, "it"}}, probed)), IsEmpty());
 }
 
 // The two hash alike. A look-up from the sender's side stops at whichever it meets first, and only one of them covers.
@@ -328,8 +318,8 @@ TEST(FindCovering, mayHideASubscriptionBehindAServiceOfTheSameSenderInALargeTabl
 
     bool const hidden = table.find(subscription)->second == "service";
 
-    EXPECT_EQ(found(message(id1234, {"a"}, {"x"}), table).count("subscription"), hidden ? 0u : 1u);
-    EXPECT_EQ(found(message(id1234, {"b"}, {"a"}), table).count("service"), 1u);
+    EXPECT_EQ(foundNames(message(id1234, {"a"}, {"x"}), table).count("subscription"), hidden ? 0u : 1u);
+    EXPECT_EQ(foundNames(message(id1234, {"b"}, {"a"}), table).count("service"), 1u);
 }
 
 // -------------------------------------------------------------------------------------------------- calling handlers
@@ -434,7 +424,7 @@ TEST(AreFuncListsEquivalent, comparesPointersAsOftenAsTheyStandThereInAnyOrder)
         bool const equivalent = areFuncListsEquivalent(pointers(row.a), pointers(row.b));
         std::string const printed = GetCapturedStdout();
         EXPECT_EQ(equivalent, row.equivalent);
-        EXPECT_EQ(printed, row.prints ? "-- Error: element in 'a' is not found in 'b'.\n" : "");
+        EXPECT_EQ(printed, row.prints ? "-- Error: element in 'a' is not foundNames in 'b'.\n" : "");
     }
 }
 

@@ -1,6 +1,7 @@
 #include "zelm/msgs/identifier.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/msgs/short_forms.h"
 #include "tests/support/throws_text.h"
 #include "tests/support/vtable_slot.h"
 #include "zelm/metadata/reflector.h"
@@ -22,10 +23,9 @@ using MetaData::Testing::identical;
 using MetaData::Testing::integer;
 using MetaData::Testing::number;
 using MetaData::Testing::string;
-using Testing::slotOf;
-using Testing::throwsText;
-
-constexpr unsigned short any = 65535;
+using Testing::any;
+using Zelm::Testing::slotOf;
+using Zelm::Testing::throwsText;
 
 static_assert(std::is_base_of_v<MetaData::PartiallySerializableInterface, Identifier>);
 static_assert(sizeof(Identifier) == sizeof(void*) + sizeof(unsigned long), "its value and nothing else");

@@ -1,6 +1,7 @@
 #include "zelm/msgs/message.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/msgs/messages.h"
 #include "tests/support/child_process.h"
 #include "tests/support/throws_text.h"
 
@@ -20,8 +21,9 @@ using MetaData::Testing::array;
 using MetaData::Testing::integer;
 using MetaData::Testing::object;
 using MetaData::Testing::string;
-using Testing::runChild;
-using Testing::throwsText;
+using Testing::kind;
+using Zelm::Testing::runChild;
+using Zelm::Testing::throwsText;
 
 using Factory = Message::MsgFactory;
 
@@ -30,14 +32,12 @@ static_assert(!std::is_copy_constructible_v<Factory>);
 static_assert(Factory::CtorConflict == nullptr);
 static_assert(std::is_same_v<decltype(Factory::CtorAndType::ctor), Message* (*)(Element const&)>);
 
-constexpr unsigned long kind = Identifier::toValue(1, 2, 3, 4);
-
-Element formOf(unsigned short category, unsigned short sub1, unsigned short sub2, unsigned short type)
+Element greetingOfKind(unsigned short category, unsigned short sub1, unsigned short sub2, unsigned short type)
 {
     return object({{"MessageID", array({integer(category), integer(sub1), integer(sub2), integer(type)})},
                    {"text", string("hello")}});
 }
-Element const form = formOf(1, 2, 3, 4);
+Element const greetingForm = greetingOfKind(1, 2, 3, 4);
 
 struct Greeting : Message {
     explicit Greeting(MetaData::Object const& object) : Message(object) { copyFromMetaData(Element(object)); }
@@ -95,7 +95,7 @@ TEST_F(MessageFactory, makesAnObjectOfTheRegisteredClassFromTheWholeForm)
 {
     EXPECT_TRUE(factory.registerMessage(kind, makeGreeting, "Greeting"));
 
-    std::shared_ptr<Message> const message = factory.create(form);
+    std::shared_ptr<Message> const message = factory.create(greetingForm);
 
     auto const greeting = std::dynamic_pointer_cast<Greeting>(message);
     ASSERT_TRUE(greeting);
@@ -108,7 +108,7 @@ TEST_F(MessageFactory, isReachedThroughTheMessageClass)
 {
     factory.registerMessage(kind, makeGreeting, "Greeting");
 
-    EXPECT_TRUE(std::dynamic_pointer_cast<Greeting>(Message::CreateFromMetaData(form)));
+    EXPECT_TRUE(std::dynamic_pointer_cast<Greeting>(Message::CreateFromMetaData(greetingForm)));
 }
 
 TEST_F(MessageFactory, picksTheFunctionByTheExactValue)
@@ -116,26 +116,26 @@ TEST_F(MessageFactory, picksTheFunctionByTheExactValue)
     factory.registerMessage(kind, makeGreeting, "Greeting");
     factory.registerMessage(kind + 1, makePlain, "Message");
 
-    EXPECT_TRUE(std::dynamic_pointer_cast<Greeting>(factory.create(form)));
-    EXPECT_FALSE(std::dynamic_pointer_cast<Greeting>(factory.create(formOf(1, 2, 3, 5))));
+    EXPECT_TRUE(std::dynamic_pointer_cast<Greeting>(factory.create(greetingForm)));
+    EXPECT_FALSE(std::dynamic_pointer_cast<Greeting>(factory.create(greetingOfKind(1, 2, 3, 5))));
 }
 
 TEST_F(MessageFactory, takesAWildcardForANumberLikeAnyOther)
 {
     factory.registerMessage(Identifier::toValue(1, 2, 3, 0xFFFF), makePlain, "wildcard");
 
-    EXPECT_TRUE(factory.create(formOf(1, 2, 3, 0xFFFF)));
-    EXPECT_ANY_THROW(factory.create(form));
+    EXPECT_TRUE(factory.create(greetingOfKind(1, 2, 3, 0xFFFF)));
+    EXPECT_ANY_THROW(factory.create(greetingForm));
     factory.deregisterMessage(Identifier::toValue(1, 2, 3, 0xFFFF));
     factory.registerMessage(kind, makePlain, "exact");
-    EXPECT_ANY_THROW(factory.create(formOf(1, 2, 3, 0xFFFF)));
+    EXPECT_ANY_THROW(factory.create(greetingOfKind(1, 2, 3, 0xFFFF)));
 }
 
 TEST_F(MessageFactory, handsOnTheNullPointerOfAFunction)
 {
     factory.registerMessage(kind, makeNothing, "nothing");
 
-    EXPECT_FALSE(factory.create(form));
+    EXPECT_FALSE(factory.create(greetingForm));
 }
 
 TEST_F(MessageFactory, letsAFunctionsExceptionPass)
@@ -143,7 +143,7 @@ TEST_F(MessageFactory, letsAFunctionsExceptionPass)
     factory.registerMessage(
         kind, [](Element const&) -> Message* { throw std::runtime_error("out of order"); }, "broken");
 
-    EXPECT_THAT([&] { factory.create(form); }, throwsText<std::runtime_error>("out of order"));
+    EXPECT_THAT([&] { factory.create(greetingForm); }, throwsText<std::runtime_error>("out of order"));
 }
 
 // ------------------------------------------------------------------------------------------------------ registration
@@ -153,7 +153,7 @@ TEST_F(MessageFactory, takesTheSameFunctionTwiceWithoutAChange)
     EXPECT_TRUE(factory.registerMessage(kind, makeGreeting, "first"));
     EXPECT_FALSE(factory.registerMessage(kind, makeGreeting, "second"));
 
-    EXPECT_TRUE(factory.create(form));
+    EXPECT_TRUE(factory.create(greetingForm));
     EXPECT_EQ(factory.registry().at(kind).typeName, "first");
     EXPECT_EQ(factory.registry().at(kind).ctor, &makeGreeting);
 }
@@ -177,7 +177,7 @@ TEST_F(MessageFactory, takesAnIdentifierAnewAfterItsConflictWasRemoved)
     factory.deregisterMessage(kind);
 
     EXPECT_TRUE(factory.registerMessage(kind, makeGreeting, "again"));
-    EXPECT_TRUE(factory.create(form));
+    EXPECT_TRUE(factory.create(greetingForm));
     EXPECT_EQ(factory.registry().at(kind).typeName, "again");
 }
 
@@ -197,7 +197,7 @@ TEST_F(MessageFactory, takesANullFunctionForAConflict)
     EXPECT_FALSE(factory.registerMessage(kind, makeGreeting, "Greeting"));
 
     EXPECT_EQ(factory.registry().at(kind).typeName, "none");
-    EXPECT_THROW(factory.create(form), Exception::InvalidOperation);
+    EXPECT_THROW(factory.create(greetingForm), Exception::InvalidOperation);
 }
 
 TEST_F(MessageFactory, showsItsEntriesInTheOrderOfTheirValues)
@@ -220,7 +220,7 @@ TEST_F(MessageFactory, reportsAnIdentifierThatNobodyRegistered)
 {
     factory.registerMessage(kind + 1, makeGreeting, "Greeting");
 
-    EXPECT_THAT([&] { factory.create(form); },
+    EXPECT_THAT([&] { factory.create(greetingForm); },
                 throwsText<Exception::InvalidParameter>(
                     "Invalid Parameter: Can't construct class for message ID: [\n\t1,\n\t2,\n\t3,\n\t4\n]"));
 }
@@ -240,7 +240,7 @@ TEST_F(MessageFactory, reportsAConflict)
     factory.registerMessage(kind, makeGreeting, "first");
     factory.registerMessage(kind, makePlain, "second");
 
-    EXPECT_THAT([&] { factory.create(form); },
+    EXPECT_THAT([&] { factory.create(greetingForm); },
                 throwsText<Exception::InvalidOperation>(
                     "Conflicting constructors registered for message ID: [\n\t1,\n\t2,\n\t3,\n\t4\n]"));
     EXPECT_EQ(factory.registry().size(), 1u);
@@ -281,7 +281,7 @@ TEST_F(MessageFactory, makesMessagesOnManyThreadsOnceRegistrationIsOver)
     for (int thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&] {
             for (int round = 0; round < 50; ++round) {
-                if (std::dynamic_pointer_cast<Greeting>(Message::CreateFromMetaData(form)))
+                if (std::dynamic_pointer_cast<Greeting>(Message::CreateFromMetaData(greetingForm)))
                     ++made;
             }
         });

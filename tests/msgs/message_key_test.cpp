@@ -1,5 +1,6 @@
 #include "zelm/msgs/message_key.h"
 
+#include "tests/msgs/short_forms.h"
 #include "tests/support/failing_allocator.h"
 #include "zelm/msgs/dispatcher.h"
 #include "zelm/msgs/message.h"
@@ -17,18 +18,18 @@
 namespace Zelm::Msgs {
 namespace {
 
+using Testing::Address;
+using Testing::any;
 using ::testing::ElementsAre;
+using Testing::id1234;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
 using ::testing::UnorderedElementsAreArray;
 using Zelm::Testing::failEachAllocationInTurn;
 
-using Address = std::vector<std::string>;
 using Group = MessageKey::HashingGroup;
 
-constexpr unsigned short any = 65535;
 constexpr unsigned long noHash = 0xDEADBEEFBAADC0DE;
-constexpr unsigned long id1234 = Identifier::toValue(1, 2, 3, 4);
 
 unsigned long hashOf(std::string const& part)
 {
@@ -259,26 +260,26 @@ TEST(MessageKeyEquality, looksAtOneAddressOnlyAndTheLeftKeySaysAtWhich)
 }
 
 // The lists of these two hash alike, so that nothing but equality decides.
-MessageKey const bySender(1, {"a"}, {});
-MessageKey const bySenderAndDestination(1, {"a"}, {"a"});
+MessageKey const fromA(1, {"a"}, {});
+MessageKey const fromAForA(1, {"a"}, {"a"});
 
 TEST(MessageKeyEquality, isNotSymmetricOnPurposeTheKeyThatIsLookedForDecides)
 {
-    DispatchTable const bothSides{{bySenderAndDestination, {}}};
-    DispatchTable const senderSide{{bySender, {}}};
+    DispatchTable const bothSides{{fromAForA, {}}};
+    DispatchTable const senderSide{{fromA, {}}};
 
-    EXPECT_EQ(bothSides.count(bySender), 1u);
-    EXPECT_EQ(senderSide.count(bySenderAndDestination), 0u);
+    EXPECT_EQ(bothSides.count(fromA), 1u);
+    EXPECT_EQ(senderSide.count(fromAForA), 0u);
 }
 
 TEST(MessageKeyEquality, letsASetDependOnTheOrderOfInsertionWhereItIsNotSymmetric)
 {
     MessageKeySet senderFirst;
-    senderFirst.insert(bySender);
-    senderFirst.insert(bySenderAndDestination);
+    senderFirst.insert(fromA);
+    senderFirst.insert(fromAForA);
     MessageKeySet senderLast;
-    senderLast.insert(bySenderAndDestination);
-    senderLast.insert(bySender);
+    senderLast.insert(fromAForA);
+    senderLast.insert(fromA);
 
     EXPECT_EQ(senderFirst.size(), 2u);
     EXPECT_EQ(senderLast.size(), 1u);

@@ -1,10 +1,11 @@
 /// @file
-/// What the tests of the message pump have in common: a queue, a dispatcher that writes down how it is called, short
-/// forms for messages and keys, and an event to wait for.
+/// What the tests of the message pump have in common: a queue, a dispatcher that writes down how it is called, and
+/// an event to wait for.
 #pragma once
 
 #include "tests/msgs/fifo_queue.h"
 #include "tests/msgs/recording_dispatcher.h"
+#include "tests/msgs/short_forms.h"
 #include "zelm/msgs/message.h"
 #include "zelm/msgs/message_key.h"
 #include "zelm/msgs/message_pump.h"
@@ -22,18 +23,7 @@
 
 namespace Zelm::Msgs::Testing {
 
-using Address = std::vector<std::string>;
-using MessagePtr = std::shared_ptr<Message const>;
-
-constexpr unsigned short any = 65535;
-constexpr unsigned long id1234 = Identifier::toValue(1, 2, 3, 4);
-constexpr unsigned long everyMsg = Identifier::toValue(any, any, any, any);
 constexpr unsigned long stopID = Identifier::toValue(65520, 65520, 65520, 65520);
-
-inline MessagePtr message(unsigned long id, Address const& sender = {}, Address const& dest = {})
-{
-    return std::make_shared<Message>(id, sender, dest);
-}
 
 inline void ignore(MessagePtr const&) {}
 

@@ -1,6 +1,7 @@
 #include "zelm/msgs/queue.h"
 
 #include "tests/msgs/fifo_queue.h"
+#include "tests/msgs/short_forms.h"
 #include "tests/support/vtable_slot.h"
 #include "zelm/msgs/message.h"
 
@@ -18,15 +19,11 @@ namespace {
 using ::testing::ElementsAre;
 using Testing::FifoQueue;
 using ::testing::IsEmpty;
+using Testing::message;
+using Testing::MessagePtr;
 using Zelm::Testing::slotOf;
 
-using MessagePtr = std::shared_ptr<Message const>;
 using MessageList = std::list<MessagePtr>;
-
-MessagePtr message(unsigned long id)
-{
-    return std::make_shared<Message>(id);
-}
 
 /// Hands out what it was given, then empty pointers or an exception, and writes down the timeouts asked for.
 class ScriptedQueue final : public MessageQueueInterface {
@@ -144,13 +141,13 @@ TEST(MessageQueue, mayDefineItsOwnWayOfGettingAndTakingMessages)
 
 TEST(MessageQueue, keepsItsVirtualFunctionsInTheirPlaces)
 {
-    using Queue = MessageQueueInterface;
+    using Interface = MessageQueueInterface;
 
-    EXPECT_EQ(slotOf(static_cast<MessagePtr (Queue::*)()>(&Queue::getMessage)), 0);
-    EXPECT_EQ(slotOf(static_cast<MessagePtr (Queue::*)(long)>(&Queue::getMessage)), 1);
-    EXPECT_EQ(slotOf(&Queue::putMessage), 2);
-    EXPECT_EQ(slotOf(&Queue::takeAllAvailableMessages), 3);
-    EXPECT_EQ(slotOf(&Queue::close), 4);
+    EXPECT_EQ(slotOf(static_cast<MessagePtr (Interface::*)()>(&Interface::getMessage)), 0);
+    EXPECT_EQ(slotOf(static_cast<MessagePtr (Interface::*)(long)>(&Interface::getMessage)), 1);
+    EXPECT_EQ(slotOf(&Interface::putMessage), 2);
+    EXPECT_EQ(slotOf(&Interface::takeAllAvailableMessages), 3);
+    EXPECT_EQ(slotOf(&Interface::close), 4);
 }
 
 TEST(FifoQueue, deliversWhatIsLeftAfterItWasClosedAndTakesNothingMore)
