@@ -1,6 +1,7 @@
 #include "zelm/metadata/reflector.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/metadata/reflector_arrays.h"
 #include "tests/support/printed_by.h"
 #include "tests/support/throws_text.h"
 #include "zelm/core/base64.h"
@@ -23,12 +24,11 @@ using Testing::integer;
 using Testing::number;
 using Testing::object;
 using Testing::string;
+using Testing::wrongType;
 using Zelm::Testing::printedBy;
 using Zelm::Testing::throwsText;
 
-using Complex = std::complex<bool>;
-
-char const* const wrongType = "Exception MetaData::ReflectorArray wrong encoded type\n";
+using ComplexBool = std::complex<bool>;
 
 Element form(long type, long len)
 {
@@ -73,7 +73,7 @@ TEST(Base64Encoder, standsForNoElementsAtFirst)
 
     Base64Encoder<int>().copyToMetaData(ints);
     Base64Encoder<bool>().copyToMetaData(bools);
-    Base64Encoder<Complex>().copyToMetaData(complexes);
+    Base64Encoder<ComplexBool>().copyToMetaData(complexes);
 
     EXPECT_PRED2(identical, ints, form(9, 0));
     EXPECT_PRED2(identical, bools, form(1, 0));
@@ -84,7 +84,7 @@ TEST(Base64Encoder, writesTypeAndLengthAloneForNoElements)
 {
     EXPECT_PRED2(identical, encoded<int>({}), form(9, 0));
     EXPECT_PRED2(identical, encoded<bool>({}), form(1, 0));
-    EXPECT_PRED2(identical, encoded<Complex>({}), form(2, 0));
+    EXPECT_PRED2(identical, encoded<ComplexBool>({}), form(2, 0));
 }
 
 TEST(Base64Encoder, hasNoTextForNoElementsAlsoIfItHadSomeBefore)
@@ -190,10 +190,10 @@ TEST(Base64EncoderOfBool, packsEightIntoAByteTheFirstOnTop)
 
 TEST(Base64EncoderOfComplexBool, packsFourIntoAByteTheRealPartAboveTheImaginaryPart)
 {
-    EXPECT_PRED2(identical, encoded<Complex>({{true, false}, {false, true}}), form(2, 2, "kA=="));
-    EXPECT_PRED2(identical, encoded<Complex>(std::vector<Complex>(5, Complex(true, true))),
+    EXPECT_PRED2(identical, encoded<ComplexBool>({{true, false}, {false, true}}), form(2, 2, "kA=="));
+    EXPECT_PRED2(identical, encoded<ComplexBool>(std::vector<ComplexBool>(5, ComplexBool(true, true))),
                  form(2, 5, textOf({0xFF, 0xC0})));
-    EXPECT_PRED2(identical, encoded<Complex>({{}, {}, {}, {false, true}}), form(2, 4, textOf({0x01})));
+    EXPECT_PRED2(identical, encoded<ComplexBool>({{}, {}, {}, {false, true}}), form(2, 4, textOf({0x01})));
 }
 
 template <class T> struct Bits;
@@ -201,15 +201,15 @@ template <> struct Bits<bool> {
     static constexpr long type = 1;
     static bool element(bool bit, bool) { return bit; }
 };
-template <> struct Bits<Complex> {
+template <> struct Bits<ComplexBool> {
     static constexpr long type = 2;
-    static Complex element(bool bit, bool other) { return {bit, other}; }
+    static ComplexBool element(bool bit, bool other) { return {bit, other}; }
 };
 
 template <class T> class Base64EncoderOfBits : public ::testing::Test {
 };
 
-using BitTypes = ::testing::Types<bool, Complex>;
+using BitTypes = ::testing::Types<bool, ComplexBool>;
 TYPED_TEST_SUITE(Base64EncoderOfBits, BitTypes);
 
 TYPED_TEST(Base64EncoderOfBits, readsBackWhatItWroteAtEveryLength)
@@ -288,15 +288,15 @@ template <> struct Sample<bool> {
     static constexpr long type = 1;
     static std::vector<bool> values() { return {true, false}; }
 };
-template <> struct Sample<Complex> {
+template <> struct Sample<ComplexBool> {
     static constexpr long type = 2;
-    static std::vector<Complex> values() { return {{true, false}, {false, true}}; }
+    static std::vector<ComplexBool> values() { return {{true, false}, {false, true}}; }
 };
 
 template <class T> class AnyBase64Encoder : public ::testing::Test {
 };
 
-using AllTypes = ::testing::Types<int, bool, Complex>;
+using AllTypes = ::testing::Types<int, bool, ComplexBool>;
 TYPED_TEST_SUITE(AnyBase64Encoder, AllTypes);
 
 TYPED_TEST(AnyBase64Encoder, printsALineAndChangesNothingForAnotherType)

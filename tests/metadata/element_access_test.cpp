@@ -1,6 +1,7 @@
 #include "zelm/metadata/element.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/metadata/extreme_numbers.h"
 #include "tests/support/throws_text.h"
 
 #include <gtest/gtest.h>
@@ -16,22 +17,17 @@ namespace {
 
 using Testing::array;
 using Testing::boolean;
+using Testing::infinity;
 using Testing::integer;
+using Testing::largestLong;
+using Testing::nan;
 using Testing::null;
 using Testing::number;
 using Testing::object;
 using Testing::oneOfEachKind;
+using Testing::smallestLong;
 using Testing::string;
 using Zelm::Testing::throwsText;
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr long largest = std::numeric_limits<long>::max();
-constexpr long smallest = std::numeric_limits<long>::min();
-
-double nan()
-{
-    return std::numeric_limits<double>::quiet_NaN();
-}
 
 /// The seven kinds as functions on an element, in the order of ElementType.
 struct Kind {
@@ -318,14 +314,14 @@ TEST(PlainValue, ofANumberAsInt64IsTruncatedAndStaysWithinTheLimits)
         {-0.0, 0, "negative zero"},
         {9007199254740992.0, 9007199254740992, "2^53 is exact"},
         {nan(), 0, "no number"},
-        {infinity, largest, "above any limit"},
-        {-infinity, smallest, "below any limit"},
-        {1e300, largest, "far above"},
-        {-1e300, smallest, "far below"},
-        {9223372036854775808.0, largest, "2^63, the first that doesn't fit"},
+        {infinity, largestLong, "above any limit"},
+        {-infinity, smallestLong, "below any limit"},
+        {1e300, largestLong, "far above"},
+        {-1e300, smallestLong, "far below"},
+        {9223372036854775808.0, largestLong, "2^63, the first that doesn't fit"},
         {std::nextafter(9223372036854775808.0, 0.0), 9223372036854774784, "the last that fits"},
-        {-9223372036854775808.0, smallest, "-2^63 fits"},
-        {std::nextafter(-9223372036854775808.0, -infinity), smallest, "the first below"},
+        {-9223372036854775808.0, smallestLong, "-2^63 fits"},
+        {std::nextafter(-9223372036854775808.0, -infinity), smallestLong, "the first below"},
     };
 
     for (auto const& row : cases) {
@@ -336,7 +332,7 @@ TEST(PlainValue, ofANumberAsInt64IsTruncatedAndStaysWithinTheLimits)
 
 TEST(PlainValue, ofAnIntegerAsInt64IsItself)
 {
-    for (long value : {0L, 1L, -1L, largest, smallest, 9007199254740993L})
+    for (long value : {0L, 1L, -1L, largestLong, smallestLong, 9007199254740993L})
         EXPECT_EQ(integer(value).asInt64(), value);
 }
 
@@ -358,7 +354,7 @@ TEST(PlainValue, ofNarrowIntegersKeepsTheLowBitsWithoutACheckOnPurpose)
         {integer(300), 300, 300, 44, 300, 300, 300, 44},
         {integer(40000), 40000, -25536, 64, 40000, 40000, 40000, 64},
         {integer(3000000000), -1294967296, 24064, 0, 3000000000, 3000000000, 24064, 0},
-        {integer(smallest), 0, 0, 0, 9223372036854775808ul, 0, 0, 0},
+        {integer(smallestLong), 0, 0, 0, 9223372036854775808ul, 0, 0, 0},
         {number(5e9), 705032704, -3584, 0, 5000000000, 705032704, 61952, 0},
         {number(300.9), 300, 300, 44, 300, 300, 300, 44},
         {number(-1.9), -1, -1, -1, 18446744073709551615ul, 4294967295u, 65535, 255},
@@ -383,7 +379,7 @@ TEST(PlainValue, asDoubleRoundsAnIntegerToTheNearestDouble)
     EXPECT_EQ(integer(3).asDouble(), 3.0);
     EXPECT_EQ(integer(-3).asDouble(), -3.0);
     EXPECT_EQ(integer(9007199254740993).asDouble(), 9007199254740992.0);
-    EXPECT_EQ(integer(largest).asDouble(), 9223372036854775808.0);
+    EXPECT_EQ(integer(largestLong).asDouble(), 9223372036854775808.0);
 }
 
 TEST(PlainValue, asDoubleGivesANumberAsItStands)

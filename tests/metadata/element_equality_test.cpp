@@ -1,6 +1,7 @@
 #include "zelm/metadata/element.h"
 
 #include "tests/metadata/elements.h"
+#include "tests/metadata/extreme_numbers.h"
 
 #include <gtest/gtest.h>
 
@@ -16,20 +17,15 @@ namespace {
 
 using Testing::array;
 using Testing::boolean;
+using Testing::infinity;
 using Testing::integer;
+using Testing::largestLong;
+using Testing::nan;
 using Testing::null;
 using Testing::number;
 using Testing::object;
+using Testing::smallestLong;
 using Testing::string;
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr long largest = std::numeric_limits<long>::max();
-constexpr long smallest = std::numeric_limits<long>::min();
-
-double nan()
-{
-    return std::numeric_limits<double>::quiet_NaN();
-}
 
 double fromBits(std::uint64_t bits)
 {
@@ -160,12 +156,12 @@ TEST(ElementEquality, ofNumberAndIntegerTakesTheFloorOnPurpose)
         {9007199254740992.0, 9007199254740993, false, "the Integer is not rounded to a double"},
         {nan(), 0, true, "NaN counts as 0"},
         {nan(), 1, false, "NaN counts as 0"},
-        {infinity, largest, true, "the nearest limit"},
-        {infinity, largest - 1, false, "the nearest limit only"},
-        {-infinity, smallest, true, "the nearest limit"},
-        {9223372036854775808.0, largest, true, "2^63 is beyond the range"},
-        {-9223372036854775808.0, smallest, true, "-2^63 is within it"},
-        {1e300, largest, true, "the nearest limit"},
+        {infinity, largestLong, true, "the nearest limit"},
+        {infinity, largestLong - 1, false, "the nearest limit only"},
+        {-infinity, smallestLong, true, "the nearest limit"},
+        {9223372036854775808.0, largestLong, true, "2^63 is beyond the range"},
+        {-9223372036854775808.0, smallestLong, true, "-2^63 is within it"},
+        {1e300, largestLong, true, "the nearest limit"},
     };
 
     for (auto const& row : cases) {

@@ -31,7 +31,7 @@ template <class Call> unsigned long allocationsOf(Call const& call)
     return allocations.made();
 }
 
-Element tree()
+Element treeOfLongNames()
 {
     return object({{"a", array({integer(1), string(longName)})}, {longName, object({{"b", number(0.5)}})}});
 }
@@ -59,7 +59,7 @@ TEST(ElementMemory, isUntouchedByDefaultValues)
 
 TEST(ElementMemory, isUntouchedByMovesAndSwaps)
 {
-    Element a = tree();
+    Element a = treeOfLongNames();
     Element b = integer(1);
     Object members = object({{"a", integer(1)}});
     Object otherMembers;
@@ -78,7 +78,7 @@ TEST(ElementMemory, isUntouchedByMovesAndSwaps)
 
 TEST(ElementMemory, isUntouchedByLookUps)
 {
-    Element element = tree();
+    Element element = treeOfLongNames();
     Element const& view = element;
     std::string const name = longName;
     Object& members = element;
@@ -102,7 +102,7 @@ TEST(ElementMemory, isUntouchedByLookUps)
 
 TEST(ElementMemory, isUntouchedByCastsConversionsAndComparisons)
 {
-    Element element = tree();
+    Element element = treeOfLongNames();
     Element const other = element;
     Object const members = other;
     Element const text = string(longName);
@@ -124,12 +124,12 @@ TEST(ElementMemory, isUntouchedByCastsConversionsAndComparisons)
 
 TEST(ElementMemory, isNotCopiedWhenAMemberOrElementIsMovedIn)
 {
-    Object::Member member(longName, tree());
+    Object::Member member(longName, treeOfLongNames());
     Object members;
     EXPECT_EQ(allocationsOf([&] { members.insert(std::move(member)); }), 1u);
 
     Array elements = array({null()});
-    Element element = tree();
+    Element element = treeOfLongNames();
     EXPECT_EQ(allocationsOf([&] { elements.insert(std::move(element)); }), 0u);
 }
 
@@ -137,7 +137,7 @@ TEST(ElementMemory, isNotCopiedWhenAMemberOrElementIsMovedIn)
 
 TEST(ElementOutOfMemory, staysAsItWasWhenAssigned)
 {
-    Element const source = tree();
+    Element const source = treeOfLongNames();
     Element const before = object({{"kept", array({integer(1)})}});
     Element target = before;
     Element const* const reference = &target["kept"][0];
@@ -154,7 +154,7 @@ TEST(ElementOutOfMemory, staysAsItWasWhenAssigned)
 
 TEST(ElementOutOfMemory, staysAsItWasWhenAssignedFromAPartOfItself)
 {
-    Element const before = tree();
+    Element const before = treeOfLongNames();
     Element target = before;
 
     auto const failures = failEachAllocationInTurn([&] { target = target["a"]; }, [&] { ASSERT_EQ(target, before); });
@@ -187,8 +187,8 @@ TEST(ElementOutOfMemory, staysAsItWasWhenRetypedByIndexing)
 
 TEST(ObjectOutOfMemory, staysAsItWas)
 {
-    Object const before = object({{"a", tree()}, {"c", integer(1)}});
-    Object::Member const member("b", tree());
+    Object const before = object({{"a", treeOfLongNames()}, {"c", integer(1)}});
+    Object::Member const member("b", treeOfLongNames());
     auto const unchanged = [&before](Object const& members) { return [&] { ASSERT_EQ(members, before); }; };
 
     Object indexed = before;
@@ -197,10 +197,10 @@ TEST(ObjectOutOfMemory, staysAsItWas)
 
     Object extended = before;
     EXPECT_GT(failEachAllocationInTurn([&] { extended.insert(member); }, unchanged(extended)), 0u);
-    EXPECT_EQ(extended["b"], tree());
+    EXPECT_EQ(extended["b"], treeOfLongNames());
 
     Object assigned = before;
-    Object const source = object({{"x", tree()}});
+    Object const source = object({{"x", treeOfLongNames()}});
     EXPECT_GT(failEachAllocationInTurn([&] { assigned = source; }, unchanged(assigned)), 0u);
     EXPECT_EQ(assigned, source);
 }
@@ -208,38 +208,38 @@ TEST(ObjectOutOfMemory, staysAsItWas)
 TEST(ObjectOutOfMemory, leavesAMemberThatCouldNotBeMovedInWithItsOwner)
 {
     Object members;
-    Object::Member member("a", tree());
+    Object::Member member("a", treeOfLongNames());
 
     EXPECT_GT(failEachAllocationInTurn([&] { members.insert(std::move(member)); },
                                        [&] {
                                            ASSERT_TRUE(members.empty());
-                                           ASSERT_EQ(member, Object::Member("a", tree()));
+                                           ASSERT_EQ(member, Object::Member("a", treeOfLongNames()));
                                        }),
               0u);
 
-    EXPECT_EQ(members, object({{"a", tree()}}));
+    EXPECT_EQ(members, object({{"a", treeOfLongNames()}}));
 }
 
 TEST(ArrayOutOfMemory, staysAsItWas)
 {
-    Array const before = array({tree(), integer(1)});
+    Array const before = array({treeOfLongNames(), integer(1)});
     auto const unchanged = [&before](Array const& elements) { return [&] { ASSERT_EQ(elements, before); }; };
 
     Array appended = before;
     EXPECT_GT(failEachAllocationInTurn([&] { appended.insert(appended[0]); }, unchanged(appended)), 0u);
-    EXPECT_EQ(appended, array({tree(), integer(1), tree()}));
+    EXPECT_EQ(appended, array({treeOfLongNames(), integer(1), treeOfLongNames()}));
 
     Array prepended = before;
     EXPECT_GT(
         failEachAllocationInTurn([&] { prepended.insert(prepended[0], prepended.begin()); }, unchanged(prepended)), 0u);
-    EXPECT_EQ(prepended, array({tree(), tree(), integer(1)}));
+    EXPECT_EQ(prepended, array({treeOfLongNames(), treeOfLongNames(), integer(1)}));
 
     Array resized = before;
     EXPECT_GT(failEachAllocationInTurn([&] { resized.resize(1000); }, unchanged(resized)), 0u);
     EXPECT_EQ(resized.size(), 1000u);
 
     Array assigned = before;
-    Array const source = array({tree()});
+    Array const source = array({treeOfLongNames()});
     EXPECT_GT(failEachAllocationInTurn([&] { assigned = source; }, unchanged(assigned)), 0u);
     EXPECT_EQ(assigned, source);
 }

@@ -23,7 +23,7 @@ void castABooleanToANumber()
     element.CastTo<Trivial_T<double>>();
 }
 
-void read(std::string const& text)
+void readObject(std::string const& text)
 {
     std::istringstream stream(text);
     Object object;
@@ -32,12 +32,12 @@ void read(std::string const& text)
 
 void scanWhatIsNoToken()
 {
-    read("{x");
+    readObject("{x");
 }
 
 void parseWhatIsNoMember()
 {
-    read("{1}");
+    readObject("{1}");
 }
 
 /// Handlers for E and for the roots of the family catch what the call throws.

@@ -23,10 +23,11 @@
 namespace Zelm::MetaData {
 namespace {
 
-using Testing::AllocationCount;
-using Testing::failEachAllocationInTurn;
+using Zelm::Testing::AllocationCount;
+using Zelm::Testing::failEachAllocationInTurn;
 
-std::string const text = R"({"a":[1,2.5,"a string too long for its object",{"b":null}],"a name too long":{"c":[[]]}})";
+std::string const mixedText =
+    R"({"a":[1,2.5,"a string too long for its object",{"b":null}],"a name too long":{"c":[[]]}})";
 
 TEST(JsonAllocation, failingInTheTokenReaderIsReportedAndLeavesATargetThatIsFitForUse)
 {
@@ -34,7 +35,7 @@ TEST(JsonAllocation, failingInTheTokenReaderIsReportedAndLeavesATargetThatIsFitF
     auto const failures = failEachAllocationInTurn(
         [&] {
             object.clear();
-            std::istringstream stream(text);
+            std::istringstream stream(mixedText);
             ReaderJson::Read(object, stream);
         },
         [&] { EXPECT_LE(object.size(), 1u); });
@@ -49,7 +50,7 @@ TEST(JsonAllocation, failingInTheFastReaderIsReportedAndLeavesATargetThatIsFitFo
     auto const failures = failEachAllocationInTurn(
         [&] {
             object.clear();
-            ReaderJson::Read(object, text);
+            ReaderJson::Read(object, mixedText);
         },
         [&] { EXPECT_LE(object.size(), 1u); });
 
@@ -60,7 +61,7 @@ TEST(JsonAllocation, failingInTheFastReaderIsReportedAndLeavesATargetThatIsFitFo
 TEST(JsonAllocation, failingInTheStreamThatIsWrittenToIsAFailureOfTheStream)
 {
     Object object;
-    ReaderJson::Read(object, text);
+    ReaderJson::Read(object, mixedText);
     std::string whole;
     std::string written;
     {
@@ -251,14 +252,14 @@ ZELM_CHILD(readsALongStringWithMoreAndMoreMemory)
 
 TEST(JsonAllocation, failingInTheFastReadersParserIsReported)
 {
-    if (Testing::underSanitizer)
+    if (Zelm::Testing::underSanitizer)
         GTEST_SKIP() << "a sanitizer's runtime needs the address space for itself";
-    if (Testing::underEmulation)
+    if (Zelm::Testing::underEmulation)
         GTEST_SKIP() << "an emulated program's memory can't be limited";
 
     for (char const* piece : {"readsALongArrayWithMoreAndMoreMemory", "readsALongStringWithMoreAndMoreMemory"}) {
         SCOPED_TRACE(piece);
-        auto const child = Testing::runChild(piece);
+        auto const child = Zelm::Testing::runChild(piece);
 
         EXPECT_EQ(child.status, 0) << child.err;
         EXPECT_EQ(child.out, "often");

@@ -117,7 +117,7 @@ struct Outcome {
     Object members;
 };
 
-Outcome outcomeOf(std::string const& guard, std::string const& text)
+Outcome outcomeBehind(std::string const& guard, std::string const& text)
 {
     Outcome outcome;
     outcome.printed =
@@ -137,8 +137,8 @@ TEST(FastReaderParsers, agreeOnEveryTextWhetherOrNotItIsWellFormed)
         std::string text = "," + randomList(random, 5, true) + "}";
         if (round % 4 != 0)
             text = mutated(text, random);
-        auto const byTheQuickOne = outcomeOf(shallow, text);
-        auto byTheOther = outcomeOf(deep, text);
+        auto const byTheQuickOne = outcomeBehind(shallow, text);
+        auto byTheOther = outcomeBehind(deep, text);
 
         ASSERT_EQ(byTheOther.printed, byTheQuickOne.printed) << text;
         ASSERT_EQ(byTheOther.members.size(), byTheQuickOne.members.size()) << text;

@@ -35,7 +35,7 @@ Element readFast(std::string const& text)
     return Element(std::move(object));
 }
 
-std::string written(Element const& element, bool pretty)
+std::string rewritten(Element const& element, bool pretty)
 {
     std::ostringstream stream;
     WriterJson::Write(element, stream, pretty);
@@ -51,24 +51,24 @@ TEST(JsonRoundTrip, keepsADocumentThatTheTokenReaderTook)
     ASSERT_EQ(document["statuses"].CastTo<Array>().size(), 100u);
     for (bool const pretty : {false, true}) {
         SCOPED_TRACE(pretty);
-        auto const text = written(document, pretty);
+        auto const text = rewritten(document, pretty);
         auto const again = readByTokens(text);
         EXPECT_TRUE(again == document);
-        EXPECT_EQ(written(again, pretty), text);
+        EXPECT_EQ(rewritten(again, pretty), text);
     }
 }
 
 TEST(JsonRoundTrip, keepsADocumentThatTheFastReaderTook)
 {
-    auto const document = readFast(Testing::readFile(documentPath));
+    auto const document = readFast(Zelm::Testing::readFile(documentPath));
 
     ASSERT_EQ(document["statuses"].CastTo<Array>().size(), 100u);
     for (bool const pretty : {false, true}) {
         SCOPED_TRACE(pretty);
-        auto const text = written(document, pretty);
+        auto const text = rewritten(document, pretty);
         auto const again = readFast(text);
         EXPECT_TRUE(again == document);
-        EXPECT_EQ(written(again, pretty), text);
+        EXPECT_EQ(rewritten(again, pretty), text);
     }
 }
 
@@ -119,7 +119,7 @@ private:
 
 TEST(JsonRoundTrip, showsThatTheReadersDifferInTheirNumbersAlone)
 {
-    auto const text = Testing::readFile(documentPath);
+    auto const text = Zelm::Testing::readFile(documentPath);
     Comparison comparison;
 
     comparison.compare(readFast(text), readByTokens(text));

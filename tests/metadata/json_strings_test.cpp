@@ -1,5 +1,7 @@
 #include "zelm/metadata/reader_json.h"
 
+#include "tests/metadata/elements.h"
+
 #include <gtest/gtest.h>
 
 #include <locale>
@@ -13,11 +15,7 @@ using MetaData::Element;
 using MetaData::ElementType;
 using MetaData::Object;
 using MetaData::Trivial_T;
-
-Element number(double value)
-{
-    return Element(Trivial_T<double>(value));
-}
+using MetaData::Testing::number;
 
 TEST(JsonString, isTheTextOfTheObjectInPrettyMode)
 {

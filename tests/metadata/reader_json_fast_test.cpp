@@ -1,5 +1,7 @@
 #include "zelm/metadata/reader_json.h"
 
+#include "tests/metadata/elements.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -13,13 +15,9 @@ namespace Zelm::MetaData {
 namespace {
 
 using namespace std::string_literals;
+using Testing::integer;
 
 std::string const parserError = "Read: Parser Error!\n";
-
-Element integer(long value)
-{
-    return Element(Trivial_T<long>(value));
-}
 
 /// Reads into the object and returns what was printed meanwhile.
 std::string read(Object& object, std::string const& text)
@@ -29,7 +27,7 @@ std::string read(Object& object, std::string const& text)
     return ::testing::internal::GetCapturedStdout();
 }
 
-Object parsed(std::string const& text)
+Object parsedFast(std::string const& text)
 {
     Object object;
     EXPECT_EQ(read(object, text), "") << text;
@@ -37,9 +35,9 @@ Object parsed(std::string const& text)
 }
 
 /// The element "a" of the text.
-Element a(std::string const& text)
+Element fastA(std::string const& text)
 {
-    Element const element(parsed(text));
+    Element const element(parsedFast(text));
     return element["a"];
 }
 
@@ -47,7 +45,7 @@ Element a(std::string const& text)
 
 TEST(FastReader, readsEveryKindOfValue)
 {
-    auto const object = parsed(R"({"a":1,"b":2.5,"c":"x","d":true,"g":false,"e":null,"f":[1,{}]})");
+    auto const object = parsedFast(R"({"a":1,"b":2.5,"c":"x","d":true,"g":false,"e":null,"f":[1,{}]})");
 
     EXPECT_EQ(object.size(), 7u);
     EXPECT_EQ(object["a"].GetElementType(), ElementType::Integer);
@@ -65,14 +63,14 @@ TEST(FastReader, readsEveryKindOfValue)
 
 TEST(FastReader, readsEmptyContainers)
 {
-    EXPECT_TRUE(parsed("{}").empty());
-    EXPECT_EQ(a(R"({"a":{}})"), Element(Object()));
-    EXPECT_EQ(a(R"({"a":[]})"), Element(Array()));
+    EXPECT_TRUE(parsedFast("{}").empty());
+    EXPECT_EQ(fastA(R"({"a":{}})"), Element(Object()));
+    EXPECT_EQ(fastA(R"({"a":[]})"), Element(Array()));
 }
 
 TEST(FastReader, readsNestedContainersInTheirOrder)
 {
-    auto const element = a(R"({"a":{"b":[[1,2],{"c":[3]}],"":4}})");
+    auto const element = fastA(R"({"a":{"b":[[1,2],{"c":[3]}],"":4}})");
     auto const& view = element;
 
     EXPECT_EQ(view["b"][0][1].asInt64(), 2);
@@ -82,7 +80,7 @@ TEST(FastReader, readsNestedContainersInTheirOrder)
 
 TEST(FastReader, skipsFourKindsOfWhiteSpaceAroundTheValueToo)
 {
-    EXPECT_EQ(a(" \t\r\n{ \"a\"\t:\r1\n} \t\r\n").asInt64(), 1);
+    EXPECT_EQ(fastA(" \t\r\n{ \"a\"\t:\r1\n} \t\r\n").asInt64(), 1);
 }
 
 // ---------------------------------------------------------------------------------------------------------- numbers
@@ -110,7 +108,7 @@ TEST(FastReader, makesIntegersOfNumbersThatHaveNeitherFractionNorExponent)
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(row.token);
-        auto const element = a("{\"a\":"s + row.token + "}");
+        auto const element = fastA("{\"a\":"s + row.token + "}");
         EXPECT_EQ(element.GetElementType(), ElementType::Integer);
         EXPECT_EQ(element.asInt64(), row.value);
     }
@@ -118,9 +116,9 @@ TEST(FastReader, makesIntegersOfNumbersThatHaveNeitherFractionNorExponent)
 
 TEST(FastReader, makesNegativeIntegersOfNumbersFromTwoToThe63rdOnOnPurpose)
 {
-    EXPECT_EQ(a(R"({"a":9223372036854775808})"), integer(std::numeric_limits<long>::min()));
-    EXPECT_EQ(a(R"({"a":18446744073709551615})"), integer(-1));
-    EXPECT_EQ(a(R"({"a":18446744073709551615})").GetElementType(), ElementType::Integer);
+    EXPECT_EQ(fastA(R"({"a":9223372036854775808})"), integer(std::numeric_limits<long>::min()));
+    EXPECT_EQ(fastA(R"({"a":18446744073709551615})"), integer(-1));
+    EXPECT_EQ(fastA(R"({"a":18446744073709551615})").GetElementType(), ElementType::Integer);
 }
 
 TEST(FastReader, makesNumbersOfAllOthers)
@@ -139,21 +137,21 @@ TEST(FastReader, makesNumbersOfAllOthers)
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(row.token);
-        auto const element = a("{\"a\":"s + row.token + "}");
+        auto const element = fastA("{\"a\":"s + row.token + "}");
         EXPECT_EQ(element.GetElementType(), ElementType::Number);
         EXPECT_EQ(element.asDouble(), row.value);
     }
-    EXPECT_TRUE(std::signbit(a(R"({"a":-0.0})").asDouble()));
+    EXPECT_TRUE(std::signbit(fastA(R"({"a":-0.0})").asDouble()));
 }
 
 // The digits as an integer, times or by a power of ten: two roundings, where the correct value takes one.
 TEST(FastReader, convertsFastAndMayMissTheLastPlacesOnPurpose)
 {
     double const power = 1e28;
-    EXPECT_EQ(a(R"({"a":2e-28})").asDouble(), 2 / power);
-    EXPECT_NE(a(R"({"a":2e-28})").asDouble(), 2e-28);
-    EXPECT_EQ(a(R"({"a":3e23})").asDouble(), 3 * 1e23);
-    EXPECT_NE(a(R"({"a":3e23})").asDouble(), 3e23);
+    EXPECT_EQ(fastA(R"({"a":2e-28})").asDouble(), 2 / power);
+    EXPECT_NE(fastA(R"({"a":2e-28})").asDouble(), 2e-28);
+    EXPECT_EQ(fastA(R"({"a":3e23})").asDouble(), 3 * 1e23);
+    EXPECT_NE(fastA(R"({"a":3e23})").asDouble(), 3e23);
 }
 
 // The digits that no integer has room for come in one by one: times ten, rounded, plus the digit, rounded. A processor
@@ -171,7 +169,7 @@ TEST(FastReader, roundsTwiceForEachDigitOnEveryProcessorOnPurpose)
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(row.token);
-        EXPECT_EQ(a("{\"a\":"s + row.token + "}").asDouble(), row.value);
+        EXPECT_EQ(fastA("{\"a\":"s + row.token + "}").asDouble(), row.value);
     }
 }
 
@@ -182,7 +180,7 @@ TEST(FastReader, makesZeroOfANumberWhoseExponentIsNearTheLeastIntOrBeyond)
          {"e-2147483639", "E-2147483648", "e-999999999", "e-000002147483639", "e-99999999999999999999999999999999"})
         for (std::string const number : {"0.0000000001", "1.5", "123456789012345678901234567890.5", "7", "0"}) {
             SCOPED_TRACE(number + exponent);
-            auto const object = parsed("{\"a\":" + number + exponent + ",\"b\":[-" + number + exponent + "]}");
+            auto const object = parsedFast("{\"a\":" + number + exponent + ",\"b\":[-" + number + exponent + "]}");
             EXPECT_EQ(object["a"].GetElementType(), ElementType::Number);
             EXPECT_EQ(object["a"].asDouble(), 0);
             EXPECT_TRUE(std::signbit(object["b"][0].asDouble()));
@@ -191,13 +189,13 @@ TEST(FastReader, makesZeroOfANumberWhoseExponentIsNearTheLeastIntOrBeyond)
 
 TEST(FastReader, takesShortExponentsAsTheyAreHoweverManyZerosTheyBeginWith)
 {
-    EXPECT_EQ(a(R"({"a":25e-000000000000002,"b":1e-999999999})").asDouble(), 0.25);
-    EXPECT_EQ(a(R"({"a":25e-2,"b":1e-999999999})").asDouble(), 0.25);
+    EXPECT_EQ(fastA(R"({"a":25e-000000000000002,"b":1e-999999999})").asDouble(), 0.25);
+    EXPECT_EQ(fastA(R"({"a":25e-2,"b":1e-999999999})").asDouble(), 0.25);
 }
 
 TEST(FastReader, keepsStringsThatLookLikeLongExponents)
 {
-    auto const object = parsed(
+    auto const object = parsedFast(
         R"({"1e-2147483639":"2e-21474836390","b":"\"e-21474836391","c":"\\","d":"\u0065-21474836392","n":1e-2147483639})");
 
     EXPECT_EQ(object["1e-2147483639"].asString(), "2e-21474836390");
@@ -223,21 +221,21 @@ TEST(FastReader, refusesATextWithALongExponentAsAnyOther)
 
 TEST(FastReader, decodesEscapesToUtf8)
 {
-    EXPECT_EQ(a(R"({"a":"\b\f\n\r\t\"\\\/"})").asString(), "\b\f\n\r\t\"\\/");
-    EXPECT_EQ(a(R"({"a":"\u0041\u00e9"})").asString(), "A\xC3\xA9");
-    EXPECT_EQ(a(R"({"a":"\ud83d\ude00"})").asString(), "\xF0\x9F\x98\x80");
-    EXPECT_EQ(a("{\"a\":\"\xC3\xA9\"}").asString(), "\xC3\xA9");
+    EXPECT_EQ(fastA(R"({"a":"\b\f\n\r\t\"\\\/"})").asString(), "\b\f\n\r\t\"\\/");
+    EXPECT_EQ(fastA(R"({"a":"\u0041\u00e9"})").asString(), "A\xC3\xA9");
+    EXPECT_EQ(fastA(R"({"a":"\ud83d\ude00"})").asString(), "\xF0\x9F\x98\x80");
+    EXPECT_EQ(fastA("{\"a\":\"\xC3\xA9\"}").asString(), "\xC3\xA9");
 }
 
 TEST(FastReader, endsAStringAtItsFirstNulOnPurpose)
 {
-    EXPECT_EQ(a(R"({"a":"x\u0000y"})").asString(), "x");
-    EXPECT_EQ(a(R"({"a":"\u0000"})").asString(), "");
+    EXPECT_EQ(fastA(R"({"a":"x\u0000y"})").asString(), "x");
+    EXPECT_EQ(fastA(R"({"a":"\u0000"})").asString(), "");
 }
 
 TEST(FastReader, endsANameAtItsFirstNulOnPurpose)
 {
-    auto const object = parsed(R"({"a":1,"b":{"c\u0000d":2,"c":3},"a\u0000x":4})");
+    auto const object = parsedFast(R"({"a":1,"b":{"c\u0000d":2,"c":3},"a\u0000x":4})");
 
     EXPECT_EQ(object.size(), 2u);
     EXPECT_EQ(object["a"].asInt64(), 4);
@@ -246,7 +244,7 @@ TEST(FastReader, endsANameAtItsFirstNulOnPurpose)
 
 TEST(FastReader, endsTheTextAtItsFirstNulOnPurpose)
 {
-    EXPECT_EQ(a("{\"a\":1}\0 and more"s).asInt64(), 1);
+    EXPECT_EQ(fastA("{\"a\":1}\0 and more"s).asInt64(), 1);
 
     Object object;
     EXPECT_EQ(read(object, "{\"a\":1\0}"s), parserError);
@@ -281,24 +279,24 @@ TEST(FastReader, replacesAnObjectAndDoesNotMergeIt)
 
 TEST(FastReader, takesTheLastOfEqualNamesOnPurpose)
 {
-    EXPECT_EQ(a(R"({"a":1,"a":2})"), integer(2));
-    EXPECT_EQ(a(R"({"a":{"b":1,"b":{"c":2}}})")["b"]["c"].asInt64(), 2);
-    EXPECT_EQ(a(R"({"a":{"c":1},"a":{"b":2}})"), Element(parsed(R"({"b":2})")));
+    EXPECT_EQ(fastA(R"({"a":1,"a":2})"), integer(2));
+    EXPECT_EQ(fastA(R"({"a":{"b":1,"b":{"c":2}}})")["b"]["c"].asInt64(), 2);
+    EXPECT_EQ(fastA(R"({"a":{"c":1},"a":{"b":2}})"), Element(parsedFast(R"({"b":2})")));
 }
 
 // ------------------------------------------------------------------------------------------------------------ faults
 
 TEST(FastReader, mergesNothingOfEqualNamesAtAnyDepth)
 {
-    auto const objects = a(R"({"a":{"b":{"x":1,"y":2},"b":{"z":3}}})");
+    auto const objects = fastA(R"({"a":{"b":{"x":1,"y":2},"b":{"z":3}}})");
     EXPECT_EQ(objects["b"].CastTo<Object>().size(), 1u);
     EXPECT_EQ(objects["b"]["z"], integer(3));
 
-    auto const arrays = a(R"({"a":[{"b":[1,2],"b":[3]}]})");
+    auto const arrays = fastA(R"({"a":[{"b":[1,2],"b":[3]}]})");
     EXPECT_EQ(arrays[0]["b"].CastTo<Array>().size(), 1u);
     EXPECT_EQ(arrays[0]["b"][0], integer(3));
 
-    auto const mixed = a(R"({"a":{"b":{"x":1},"b":[],"c":[1],"c":null}})");
+    auto const mixed = fastA(R"({"a":{"b":{"x":1},"b":[],"c":[1],"c":null}})");
     EXPECT_EQ(mixed["b"], Array());
     EXPECT_EQ(mixed["c"], Null());
 }
@@ -352,7 +350,7 @@ TEST(FastReader, printsALineForATextThatDoesNotParseAndLeavesTheTargetOnPurpose)
 }
 
 /// Counts how often it is flushed.
-class FlushCounter : public std::stringbuf {
+class FlushCountingText : public std::stringbuf {
 public:
     int flushes = 0;
 
@@ -366,7 +364,7 @@ protected:
 
 TEST(FastReader, flushesTheLineThatItPrints)
 {
-    FlushCounter counter;
+    FlushCountingText counter;
     auto* const old = std::cout.rdbuf(&counter);
     Object object;
     ReaderJson::Read(object, "x");

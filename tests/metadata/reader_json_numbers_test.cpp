@@ -21,7 +21,7 @@ namespace Zelm::MetaData {
 namespace {
 
 using namespace std::string_literals;
-using Testing::throwsText;
+using Zelm::Testing::throwsText;
 using ParseException = ReaderJson::ParseException;
 
 double numberOf(std::string const& token)
@@ -40,7 +40,7 @@ std::string bitsOf(double value)
 }
 
 /// The bits of the number, or the text of the exception.
-std::string outcomeOf(std::string const& token)
+std::string numberOutcome(std::string const& token)
 {
     try {
         return bitsOf(numberOf(token));
@@ -179,7 +179,7 @@ TEST(TokenReaderNumbers, areWhatTheStreamMakesOfAnyRowOfTheirCharacters)
         std::string token(1, "-0123456789"[random() % 11]);
         for (auto left = random() % 12; left > 0; --left)
             token += characters[random() % (sizeof characters - 1)];
-        ASSERT_EQ(outcomeOf(token), outcomeByStream(token)) << token;
+        ASSERT_EQ(numberOutcome(token), outcomeByStream(token)) << token;
     }
 }
 
@@ -196,7 +196,7 @@ TEST(TokenReaderNumbers, areRoundedAsTheStreamRoundsThem)
         // Shorter and longer than a double needs; 800 digits show it exactly, and so hit halfway cases when cut.
         int const digits[] = {5, 16, 17, 18, 25, 40, 800};
         std::snprintf(text, sizeof text, i % 2 == 0 ? "%.*g" : "%.*e", digits[bits % 7], value);
-        ASSERT_EQ(outcomeOf(text), outcomeByStream(text)) << text;
+        ASSERT_EQ(numberOutcome(text), outcomeByStream(text)) << text;
     }
 }
 
@@ -211,7 +211,7 @@ TEST(TokenReaderNumbers, halfwayBetweenTwoDoublesGoToTheEvenOne)
           "3"
           "6695962284291481986083493647529271907416844436551070434271155969950809304288"}) {
         SCOPED_TRACE(token);
-        EXPECT_EQ(outcomeOf(token), outcomeByStream(token));
+        EXPECT_EQ(numberOutcome(token), outcomeByStream(token));
     }
 }
 
@@ -221,8 +221,8 @@ TEST(TokenReaderNumbers, followTheGlobalLocale)
 
     EXPECT_EQ(numberOf("1.234"), 1234);
     EXPECT_EQ(numberOf("1234"), 1234);
-    EXPECT_EQ(outcomeOf("1.5"), outcomeByStream("1.5"));  // a group of one digit
-    EXPECT_NE(outcomeOf("1.5"), bitsOf(1.5));
+    EXPECT_EQ(numberOutcome("1.5"), outcomeByStream("1.5"));  // a group of one digit
+    EXPECT_NE(numberOutcome("1.5"), bitsOf(1.5));
 }
 
 TEST(TokenReaderNumbers, stopAtThePointWhereTheGlobalLocaleHasAnother)
@@ -259,7 +259,7 @@ TEST(TokenReaderNumbers, followTheRoundingMode)
         for (char const* token : tokens) {
             SCOPED_TRACE(token);
             ASSERT_EQ(std::fesetround(mode), 0);
-            auto const outcome = outcomeOf(token);
+            auto const outcome = numberOutcome(token);
             auto const expected = outcomeByStream(token);
             std::fesetround(FE_TONEAREST);
 

@@ -4,6 +4,7 @@
 #include "zelm/metadata/reader_json.h"
 
 #include "tests/metadata/piecewise_source.h"
+#include "tests/metadata/stream_position.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/throws_text.h"
 #include "zelm/metadata/writer_json.h"
@@ -32,13 +33,8 @@ using ScanException = ReaderJson::ScanException;
 using ParseException = ReaderJson::ParseException;
 
 using Source = Testing::PiecewiseSource;
+using Testing::print;
 using Testing::wholeText;
-
-std::string print(ReaderJson::StreamPosition const& position)
-{
-    return std::to_string(position.line) + ':' + std::to_string(position.lineOffset) + '@' +
-           std::to_string(position.documentOffset);
-}
 
 struct Settings {
     std::ios_base::iostate exceptions = std::ios_base::goodbit;
@@ -47,7 +43,7 @@ struct Settings {
 };
 
 /// All that a caller can see of one read, as a text.
-std::string outcomeOf(std::string const& text, std::size_t pieceSize, Settings const& settings = {})
+std::string readOutcome(std::string const& text, std::size_t pieceSize, Settings const& settings = {})
 {
     std::ostringstream outcome;
     std::ostringstream tied;
@@ -114,10 +110,10 @@ TEST(TokenReaderStream, isReadAlikeWhateverItsBufferHolds)
         for (auto const exceptions : {Ios::goodbit, Ios::eofbit, Ios::failbit, Ios::badbit, Ios::eofbit | Ios::failbit})
             for (bool const throws : {false, true}) {
                 Settings const settings{exceptions, throws};
-                auto const expected = outcomeOf(text, 0, settings);
+                auto const expected = readOutcome(text, 0, settings);
                 for (std::size_t const size :
                      {std::size_t(1), std::size_t(2), std::size_t(3), std::size_t(7), wholeText})
-                    EXPECT_EQ(outcomeOf(text, size, settings), expected)
+                    EXPECT_EQ(readOutcome(text, size, settings), expected)
                         << text << "\npieces of " << size << ", exceptions " << exceptions << ", throws " << throws;
             }
 }
@@ -132,10 +128,10 @@ TEST(TokenReaderStream, isReadAlikeForAnyTextWhateverItsBufferHolds)
         std::string text(i % 3 == 0 ? "" : "{");
         for (auto left = random() % 20; left > 0; --left)
             text += words[random() % (sizeof words / sizeof *words)];
-        auto const expected = outcomeOf(text, 0);
+        auto const expected = readOutcome(text, 0);
         auto const size = 1 + random() % 5;
-        ASSERT_EQ(outcomeOf(text, size), expected) << text << "\npieces of " << size;
-        ASSERT_EQ(outcomeOf(text, wholeText), expected) << text;
+        ASSERT_EQ(readOutcome(text, size), expected) << text << "\npieces of " << size;
+        ASSERT_EQ(readOutcome(text, wholeText), expected) << text;
     }
 }
 
@@ -365,7 +361,7 @@ TEST(TokenReaderStream, isReadAlikeWithATiedStream)
     Settings settings;
     settings.tied = true;
     for (auto const& text : texts())
-        EXPECT_EQ(outcomeOf(text, wholeText, settings), outcomeOf(text, 0)) << text;
+        EXPECT_EQ(readOutcome(text, wholeText, settings), readOutcome(text, 0)) << text;
 }
 
 /// Counts how often it is flushed.
@@ -420,7 +416,7 @@ TEST(TokenReaderStream, mayBeAFileWithTextsLongerThanItsBuffer)
 }
 
 /// Where the text ends, counted byte by byte.
-std::string endOf(std::string const& text)
+std::string placeBehind(std::string const& text)
 {
     ReaderJson::StreamPosition position;
     for (char const byte : text) {
@@ -452,12 +448,13 @@ TEST(TokenReaderStream, hasItsPlacesCountedThroughAnyAmountOfWhiteSpace)
             auto const front = gap + "{" + gap + "\"a\"" + gap + ":" + gap;
             for (std::size_t const size : {std::size_t(0), std::size_t(7), std::size_t(64), wholeText}) {
                 SCOPED_TRACE(std::to_string(length) + " characters, pieces of " + std::to_string(size));
-                EXPECT_THAT(outcomeOf(front + "?", size), ::testing::StartsWith("ScanException Unexpected character in "
-                                                                                "stream: ? " +
-                                                                                endOf(front) + '\n'));
-                EXPECT_THAT(outcomeOf(front + "]" + gap + "," + gap + "}", size),
-                            ::testing::StartsWith("ParseException Unexpected token: ] " + endOf(front) + ' ' +
-                                                  endOf(front + "]") + '\n'));
+                EXPECT_THAT(readOutcome(front + "?", size),
+                            ::testing::StartsWith("ScanException Unexpected character in "
+                                                  "stream: ? " +
+                                                  placeBehind(front) + '\n'));
+                EXPECT_THAT(readOutcome(front + "]" + gap + "," + gap + "}", size),
+                            ::testing::StartsWith("ParseException Unexpected token: ] " + placeBehind(front) + ' ' +
+                                                  placeBehind(front + "]") + '\n'));
             }
         }
 }

@@ -1,5 +1,6 @@
 #include "zelm/metadata/reader_json.h"
 
+#include "tests/metadata/stream_position.h"
 #include "tests/support/throws_text.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +13,8 @@ namespace Zelm::MetaData {
 namespace {
 
 using namespace std::string_literals;
-using Testing::throwsText;
+using Testing::print;
+using Zelm::Testing::throwsText;
 using ScanException = ReaderJson::ScanException;
 using ParseException = ReaderJson::ParseException;
 using InvalidParameter = Zelm::Exception::InvalidParameter;
@@ -41,12 +43,6 @@ Element elementOf(Object const& object)
 Element a(std::string const& text)
 {
     return elementOf(parsed(text))["a"];
-}
-
-std::string print(ReaderJson::StreamPosition const& position)
-{
-    return std::to_string(position.line) + ':' + std::to_string(position.lineOffset) + '@' +
-           std::to_string(position.documentOffset);
 }
 
 // ----------------------------------------------------------------------------------------------------------- values

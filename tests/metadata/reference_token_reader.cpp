@@ -13,7 +13,7 @@ namespace {
 using Reader = ReferenceTokenReader;
 using Token = Reader::Token;
 
-constexpr unsigned char endOfInput = 0xFF;
+constexpr unsigned char endOfInputByte = 0xFF;
 
 /// The text and the byte behind it.
 std::string followedBy(unsigned char byte, std::string text)
@@ -29,13 +29,13 @@ std::string followedBy(unsigned char byte, std::string text)
 unsigned char Reader::InputStream::Peek()
 {
     if (stream.fail())
-        return endOfInput;
+        return endOfInputByte;
     return static_cast<unsigned char>(stream.peek());
 }
 
 unsigned char Reader::InputStream::Get()
 {
-    unsigned char result = endOfInput;
+    unsigned char result = endOfInputByte;
     if (!stream.fail())
         result = static_cast<unsigned char>(stream.get());
     ++position.documentOffset;

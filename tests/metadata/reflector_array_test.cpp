@@ -42,38 +42,38 @@ using Zelm::Testing::throwsText;
 
 // --------------------------------------------------------------------------------------- all element types in one form
 
-template <class T> struct Example;
-template <> struct Example<int> {
+template <class T> struct ArrayExample;
+template <> struct ArrayExample<int> {
     static std::vector<int> values() { return {4, -5}; }
     static Element stored() { return array({integer(4), integer(-5)}); }
     static std::vector<Element> corrupt() { return {array({integer(1), string("x")}), array({Element()})}; }
 };
-template <> struct Example<std::string> {
+template <> struct ArrayExample<std::string> {
     static std::vector<std::string> values() { return {"b", "", "a"}; }
     static Element stored() { return array({string("b"), string(""), string("a")}); }
     static std::vector<Element> corrupt() { return {array({integer(1), integer(2)}), array({string("a"), Element()})}; }
 };
-template <> struct Example<Row> {
+template <> struct ArrayExample<Row> {
     static std::vector<Row> values() { return {Row("a", 1), Row("b", 2)}; }
     static Element stored() { return array({rowElement("a", 1), rowElement("b", 2)}); }
     static std::vector<Element> corrupt() { return {}; }
 };
-template <> struct Example<double> {
+template <> struct ArrayExample<double> {
     static std::vector<double> values() { return {0.5, 2}; }
     static Element stored() { return array({number(0.5), number(2)}); }
     static std::vector<Element> corrupt() { return {array({string("0.5")})}; }
 };
-template <> struct Example<long> {
+template <> struct ArrayExample<long> {
     static std::vector<long> values() { return {1l << 40, -1}; }
     static Element stored() { return array({integer(1l << 40), integer(-1)}); }
     static std::vector<Element> corrupt() { return {array({boolean(true)})}; }
 };
-template <> struct Example<bool> {
+template <> struct ArrayExample<bool> {
     static std::vector<bool> values() { return {true, false}; }
     static Element stored() { return array({boolean(true), boolean(false)}); }
     static std::vector<Element> corrupt() { return {array({boolean(true), integer(0)})}; }
 };
-template <> struct Example<std::complex<bool>> {
+template <> struct ArrayExample<std::complex<bool>> {
     static std::vector<std::complex<bool>> values() { return {{true, false}}; }
     static Element stored() { return array({array({boolean(true), boolean(false)})}); }
     static std::vector<Element> corrupt() { return {array({array({boolean(true)})})}; }
@@ -87,10 +87,10 @@ TYPED_TEST_SUITE(AnyReflectorArray, ElementTypes);
 
 TYPED_TEST(AnyReflectorArray, isRequiredWithInitialElements)
 {
-    ReflectorArray<TypeParam> const reflector(nullptr, "key", Example<TypeParam>::values());
+    ReflectorArray<TypeParam> const reflector(nullptr, "key", ArrayExample<TypeParam>::values());
 
     EXPECT_TRUE(reflector.isRequired());
-    EXPECT_TRUE(reflector() == Example<TypeParam>::values());
+    EXPECT_TRUE(reflector() == ArrayExample<TypeParam>::values());
 }
 
 TYPED_TEST(AnyReflectorArray, isEmptyAndPlainWithoutInitialElements)
@@ -110,14 +110,14 @@ TYPED_TEST(AnyReflectorArray, isEmptyAndPlainWithoutInitialElements)
 TYPED_TEST(AnyReflectorArray, writesItsElementsAsAnArrayAndReadsThemBack)
 {
     ReflectorArray<TypeParam> reflector(nullptr, "key", false);
-    reflector.assign(Example<TypeParam>::values());
+    reflector.assign(ArrayExample<TypeParam>::values());
 
     Element const element = written(reflector);
     ReflectorArray<TypeParam> other(nullptr, "key", false);
     std::string const printed = printedBy([&] { other.copyFromMetaData(element); });
 
-    EXPECT_PRED2(identical, element, object({{"key", Example<TypeParam>::stored()}}));
-    EXPECT_TRUE(other() == Example<TypeParam>::values());
+    EXPECT_PRED2(identical, element, object({{"key", ArrayExample<TypeParam>::stored()}}));
+    EXPECT_TRUE(other() == ArrayExample<TypeParam>::values());
     EXPECT_FALSE(other.isRequired());
     EXPECT_EQ(printed, "");
 }
@@ -125,14 +125,14 @@ TYPED_TEST(AnyReflectorArray, writesItsElementsAsAnArrayAndReadsThemBack)
 TYPED_TEST(AnyReflectorArray, fitsWhatStandsAtItsKeyToItsOwnLength)
 {
     ReflectorArray<TypeParam> reflector(nullptr, "key", false);
-    reflector = Example<TypeParam>::values();
+    reflector = ArrayExample<TypeParam>::values();
     Array longer;
     longer.resize(9);
 
     for (Element const& before : {string("gone"), object({{"gone", Element()}}), Element(longer), array({})}) {
         Element const target = object({{"key", before}, {"other", string("kept")}});
         EXPECT_PRED2(identical, written(reflector, target),
-                     object({{"key", Example<TypeParam>::stored()}, {"other", string("kept")}}));
+                     object({{"key", ArrayExample<TypeParam>::stored()}, {"other", string("kept")}}));
     }
 }
 
@@ -147,12 +147,12 @@ TYPED_TEST(AnyReflectorArray, writesNothingWithoutAValue)
 TYPED_TEST(AnyReflectorArray, losesItsElementsAndTheirMemoryIfItsKeyIsMissing)
 {
     ReflectorArray<TypeParam> optional(nullptr, "key", false), required(nullptr, "key", true);
-    optional = Example<TypeParam>::values();
-    required = Example<TypeParam>::values();
+    optional = ArrayExample<TypeParam>::values();
+    required = ArrayExample<TypeParam>::values();
 
     std::string const printed = printedBy([&] {
         for (auto* reflector : {&optional, &required})
-            reflector->copyFromMetaData(object({{"other", Example<TypeParam>::stored()}}));
+            reflector->copyFromMetaData(object({{"other", ArrayExample<TypeParam>::stored()}}));
     });
 
     EXPECT_FALSE(optional.initialized());
@@ -167,9 +167,9 @@ TYPED_TEST(AnyReflectorArray, losesItsElementsAndTheirMemoryIfItsKeyIsMissing)
 
 TYPED_TEST(AnyReflectorArray, losesItsElementsIfItIsAssignedFromWhatIsNoObject)
 {
-    for (Element const& source : {Example<TypeParam>::stored(), string("key"), Element()}) {
+    for (Element const& source : {ArrayExample<TypeParam>::stored(), string("key"), Element()}) {
         ReflectorArray<TypeParam> reflector(nullptr, "key", false);
-        reflector = Example<TypeParam>::values();
+        reflector = ArrayExample<TypeParam>::values();
 
         EXPECT_EQ(printedBy([&] { reflector.assign(source); }), "");
 
@@ -181,37 +181,37 @@ TYPED_TEST(AnyReflectorArray, losesItsElementsIfItIsAssignedFromWhatIsNoObject)
 // Where a scalar reflector takes such a source for one without its key.
 TYPED_TEST(AnyReflectorArray, throwsOnPurposeIfItIsReadFromWhatIsNoObject)
 {
-    for (Element source : {Example<TypeParam>::stored(), string("key"), Element()}) {
+    for (Element source : {ArrayExample<TypeParam>::stored(), string("key"), Element()}) {
         auto const before = source;
         ReflectorArray<TypeParam> reflector(nullptr, "key", false);
-        reflector = Example<TypeParam>::values();
+        reflector = ArrayExample<TypeParam>::values();
 
         EXPECT_THAT([&] { reflector.copyFromMetaData(source); },
                     throwsText<Exception>(std::string("Bad cast: Can't convert MetaData ") +
                                           ToString(before.GetElementType()) + " to Object"));
 
-        EXPECT_TRUE(reflector() == Example<TypeParam>::values());
+        EXPECT_TRUE(reflector() == ArrayExample<TypeParam>::values());
         EXPECT_PRED2(identical, source, before);
     }
 }
 
 TYPED_TEST(AnyReflectorArray, keepsItsElementsOnPurposeIfTheArrayIsCorrupt)
 {
-    for (Element const& bad : Example<TypeParam>::corrupt()) {
-        ReflectorArray<TypeParam> set(nullptr, "set", Example<TypeParam>::values());
+    for (Element const& bad : ArrayExample<TypeParam>::corrupt()) {
+        ReflectorArray<TypeParam> set(nullptr, "set", ArrayExample<TypeParam>::values());
         ReflectorArray<TypeParam> optional(nullptr, "optional", false);
-        optional = Example<TypeParam>::values();
+        optional = ArrayExample<TypeParam>::values();
         ReflectorArray<TypeParam> notSet(nullptr, "unset", false);
 
         EXPECT_EQ(printedBy([&] { set.copyFromMetaData(object({{"set", bad}})); }), corrupt("set"));
         EXPECT_EQ(printedBy([&] { optional.copyFromMetaData(object({{"optional", bad}})); }), corrupt("optional"));
         EXPECT_EQ(printedBy([&] { notSet.copyFromMetaData(object({{"unset", bad}})); }), corrupt("unset"));
 
-        EXPECT_TRUE(set() == Example<TypeParam>::values());
+        EXPECT_TRUE(set() == ArrayExample<TypeParam>::values());
         EXPECT_TRUE(set.isRequired());
         EXPECT_TRUE(optional.initialized());
         EXPECT_FALSE(optional.isRequired());
-        EXPECT_TRUE(optional() == Example<TypeParam>::values());
+        EXPECT_TRUE(optional() == ArrayExample<TypeParam>::values());
         EXPECT_FALSE(notSet.initialized());
         EXPECT_TRUE(notSet.edit().empty());
     }
@@ -222,7 +222,7 @@ TYPED_TEST(AnyReflectorArray, keepsItsElementsIfItGetsSomethingElseThanAnArray)
     bool const hasObjectForm = std::is_same_v<TypeParam, int>;
     for (Element const& other : {string("x"), object({{"a", integer(1)}}), integer(1), Element()}) {
         ReflectorArray<TypeParam> reflector(nullptr, "key", false);
-        reflector = Example<TypeParam>::values();
+        reflector = ArrayExample<TypeParam>::values();
         ReflectorArray<TypeParam> notSet(nullptr, "key", false);
 
         for (auto* read : {&reflector, &notSet}) {
@@ -230,7 +230,7 @@ TYPED_TEST(AnyReflectorArray, keepsItsElementsIfItGetsSomethingElseThanAnArray)
             EXPECT_EQ(printed, hasObjectForm ? wrongType : noArray);
         }
 
-        EXPECT_TRUE(reflector() == Example<TypeParam>::values());
+        EXPECT_TRUE(reflector() == ArrayExample<TypeParam>::values());
         EXPECT_FALSE(reflector.isRequired());
         EXPECT_FALSE(notSet.initialized());
         EXPECT_TRUE(notSet.edit().empty());
@@ -240,8 +240,8 @@ TYPED_TEST(AnyReflectorArray, keepsItsElementsIfItGetsSomethingElseThanAnArray)
 TYPED_TEST(AnyReflectorArray, dropsItsElementsAndTheirMemoryOnReset)
 {
     ReflectorArray<TypeParam> optional(nullptr, "optional", false), required(nullptr, "required", true);
-    optional = Example<TypeParam>::values();
-    required = Example<TypeParam>::values();
+    optional = ArrayExample<TypeParam>::values();
+    required = ArrayExample<TypeParam>::values();
 
     optional.reset();
     required.reset();
@@ -380,7 +380,7 @@ TEST(ReflectorArray, isUnchangedByAssignmentFromItself)
 }
 
 // Not inlined: the compiler guesses that any array may be one of these, and then warns that a plain one is too small.
-class Recording : public Strings {
+class RecordingArray : public Strings {
 public:
     using Strings::ReflectorArray;
 
@@ -403,7 +403,7 @@ public:
 
 TEST(ReflectorArray, givesOverridesOfAssignWhatIsRead)
 {
-    Recording reflector(nullptr, "key", false);
+    RecordingArray reflector(nullptr, "key", false);
 
     reflector.copyFromMetaData(object({{"key", array({string("a")})}}));
 
@@ -413,7 +413,7 @@ TEST(ReflectorArray, givesOverridesOfAssignWhatIsRead)
 
 TEST(ReflectorArray, takesAnOverrideThatThrowsForACorruptArray)
 {
-    Recording reflector(nullptr, "key", false);
+    RecordingArray reflector(nullptr, "key", false);
     reflector.refuse = true;
 
     EXPECT_EQ(printedBy([&] { reflector.copyFromMetaData(object({{"key", array({string("a")})}})); }), corrupt("key"));

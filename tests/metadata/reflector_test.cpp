@@ -29,7 +29,7 @@ using Zelm::Testing::printedBy;
 using Zelm::Testing::slotOf;
 using Zelm::Testing::throwsText;
 
-std::string unset(std::string const& name)
+std::string unsetReflector(std::string const& name)
 {
     return "> " + name + " < not initialized in Zelm::MetaData::Reflector::operator()()";
 }
@@ -48,23 +48,23 @@ private:
     long value_;
 };
 
-struct Point : MirroredObject {
-    Point() = default;
-    Point(Point const& other) : MirroredObject() { *this = other; }
-    Point& operator=(Point const& other) = default;
+struct ComparablePoint : MirroredObject {
+    ComparablePoint() = default;
+    ComparablePoint(ComparablePoint const& other) : MirroredObject() { *this = other; }
+    ComparablePoint& operator=(ComparablePoint const& other) = default;
 
     Reflector<int, false, true> x{this, "x", 5};
     Reflector<int, false, true> y{this, "y"};
 
-    bool operator==(Point const& other) const
+    bool operator==(ComparablePoint const& other) const
     {
         return x() == other.x() && y.initialized() == other.y.initialized() && (!y.initialized() || y() == other.y());
     }
 };
 
-Point point(int x, int y)
+ComparablePoint point(int x, int y)
 {
-    Point result;
+    ComparablePoint result;
     result.x = x;
     result.y = y;
     return result;
@@ -150,7 +150,7 @@ TYPED_TEST(AnyReflector, isOptionalWithoutAValueAndRequiredWithOne)
     TypeParam const required(nullptr, "required", Example<TypeParam>::value());
 
     EXPECT_FALSE(optional.initialized());
-    EXPECT_THAT([&] { optional(); }, throwsText<Zelm::Exception::InvalidOperation>(unset("optional")));
+    EXPECT_THAT([&] { optional(); }, throwsText<Zelm::Exception::InvalidOperation>(unsetReflector("optional")));
     EXPECT_TRUE(required.isRequired());
     EXPECT_TRUE(required() == Example<TypeParam>::value());
 }
@@ -323,7 +323,7 @@ TEST(Reflector, takesAPlainValue)
 }
 
 /// Records the calls to both virtual operations and lets them through.
-class Recording : public Reflector<int, false, true> {
+class RecordingReflector : public Reflector<int, false, true> {
 public:
     using Reflector::Reflector;
     using Reflector::operator=;
@@ -344,7 +344,7 @@ public:
 
 TEST(Reflector, givesOverridesOfAssignEveryValueThatComesIn)
 {
-    Recording required(nullptr, "x", 1);
+    RecordingReflector required(nullptr, "x", 1);
     Reflector<int, false, true> set(nullptr, "set");
     set = 2;
     Reflector<int, false, true> const notSet(nullptr, "unset");
@@ -360,7 +360,7 @@ TEST(Reflector, givesOverridesOfAssignEveryValueThatComesIn)
 
 TEST(Reflector, doesntCallAssignWhenItIsResetOrTakesOverThatThereIsNoValue)
 {
-    Recording optional(nullptr, "x");
+    RecordingReflector optional(nullptr, "x");
     Reflector<int, false, true> const notSet(nullptr, "unset");
 
     optional.reset();
@@ -385,7 +385,7 @@ TEST(Reflector, worksAloneWithoutAParent)
 
 TEST(Reflector, losesTheValueOfItsDeclarationOnPurposeWhenARequiredKeyIsMissing)
 {
-    Point target;
+    ComparablePoint target;
 
     target.copyFromMetaData(object({{"other", integer(1)}}));
 
@@ -405,7 +405,7 @@ TEST(Reflector, saysWhichFieldIsntSet)
 
 TEST(Reflector, allocatesNothingForReadingNumbersThatAreThereOrMissing)
 {
-    Point target;
+    ComparablePoint target;
     Element const complete = object({{"x", integer(1)}, {"y", integer(2)}});
     Element const empty = object({});
 
@@ -422,8 +422,8 @@ TEST(Reflector, allocatesNothingForReadingNumbersThatAreThereOrMissing)
 TEST(Reflector, holdsAMirroredObjectInAnObject)
 {
     struct Line : MirroredObject {
-        Reflector<Point, true, true> from{this, "from", point(1, 2)};
-        Reflector<Point, true, true> to{this, "to"};
+        Reflector<ComparablePoint, true, true> from{this, "from", point(1, 2)};
+        Reflector<ComparablePoint, true, true> to{this, "to"};
     } line, other;
 
     Element written;
@@ -438,7 +438,7 @@ TEST(Reflector, holdsAMirroredObjectInAnObject)
 
 TEST(Reflector, keepsKeysOfAHeldObjectThatTheObjectDoesntKnow)
 {
-    Reflector<Point, true, true> const reflector(nullptr, "at", point(1, 2));
+    Reflector<ComparablePoint, true, true> const reflector(nullptr, "at", point(1, 2));
     Element target = object({{"at", object({{"z", integer(3)}})}});
 
     reflector.copyToMetaData(target);

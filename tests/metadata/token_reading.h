@@ -10,6 +10,7 @@
 #include "tests/metadata/piecewise_source.h"
 #include "tests/metadata/reference_token_reader.h"
 #include "tests/metadata/spelled_out.h"
+#include "tests/metadata/stream_position.h"
 #include "zelm/metadata/reader_json.h"
 
 #include <istream>
@@ -35,12 +36,6 @@ struct Setting {
     bool skipsWhiteSpace = true;
     int reads = 1;  ///< one behind the other, into the same target
 };
-
-inline std::string print(ReaderJson::StreamPosition const& position)
-{
-    return std::to_string(position.line) + ':' + std::to_string(position.lineOffset) + '@' +
-           std::to_string(position.documentOffset);
-}
 
 /// How one read ends: "value", or the exception with all that is in it.
 template <class Read, class T> std::string endOf(Read read, T& target, std::istream& stream)

@@ -25,12 +25,12 @@ using Testing::number;
 using Testing::string;
 using Zelm::Testing::throwsText;
 
-Element object()
+Element objectOfOne()
 {
     return Testing::object({{"a", Element()}});
 }
 
-std::string badCast(std::string const& actual, std::string const& wanted)
+std::string badConversion(std::string const& actual, std::string const& wanted)
 {
     return "Bad cast: Can't convert MetaData " + actual + " to " + wanted;
 }
@@ -43,14 +43,14 @@ template <class T> struct Rules {
     static std::vector<T> values() { return {std::numeric_limits<T>::min(), 0, 1, std::numeric_limits<T>::max()}; }
     static Element stored(T value) { return integer(static_cast<long>(value)); }
     static constexpr char const* wanted = "Integer";
-    static std::vector<Element> refused() { return {boolean(true), string("1"), object(), array({}), Element()}; }
+    static std::vector<Element> refused() { return {boolean(true), string("1"), objectOfOne(), array({}), Element()}; }
 };
 
 template <> struct Rules<double> {
     static std::vector<double> values() { return {0.0, -2.5, 1e300, std::numeric_limits<double>::denorm_min()}; }
     static Element stored(double value) { return number(value); }
     static constexpr char const* wanted = "Number";
-    static std::vector<Element> refused() { return {boolean(true), string("1"), object(), array({}), Element()}; }
+    static std::vector<Element> refused() { return {boolean(true), string("1"), objectOfOne(), array({}), Element()}; }
 };
 
 template <> struct Rules<float> {
@@ -66,7 +66,7 @@ template <> struct Rules<bool> {
     static constexpr char const* wanted = "Boolean";
     static std::vector<Element> refused()
     {
-        return {number(1), integer(1), string("1"), object(), array({}), Element()};
+        return {number(1), integer(1), string("1"), objectOfOne(), array({}), Element()};
     }
 };
 
@@ -76,7 +76,7 @@ template <> struct Rules<std::string> {
     static constexpr char const* wanted = "String";
     static std::vector<Element> refused()
     {
-        return {number(1), integer(1), boolean(true), object(), array({}), Element()};
+        return {number(1), integer(1), boolean(true), objectOfOne(), array({}), Element()};
     }
 };
 
@@ -112,7 +112,7 @@ TYPED_TEST(ScalarConversion, replacesAnElementOfAnyKind)
 {
     TypeParam const value = Rules<TypeParam>::values().back();
     for (Element const& old :
-         {number(1), integer(1), boolean(true), string("old"), object(), array({integer(1)}), Element()}) {
+         {number(1), integer(1), boolean(true), string("old"), objectOfOne(), array({integer(1)}), Element()}) {
         Element element = old;
 
         SetAs<TypeParam>(value, element);
@@ -126,7 +126,7 @@ TYPED_TEST(ScalarConversion, refusesEveryOtherKindAndLeavesTheTargetAsItWas)
 {
     TypeParam const before = Rules<TypeParam>::values().back();
     for (Element const& element : Rules<TypeParam>::refused()) {
-        auto const text = badCast(ToString(element.GetElementType()), Rules<TypeParam>::wanted);
+        auto const text = badConversion(ToString(element.GetElementType()), Rules<TypeParam>::wanted);
         TypeParam out = before;
 
         EXPECT_THAT([&] { GetAs<TypeParam>(element); }, throwsText<Exception>(text));
@@ -309,7 +309,7 @@ TYPED_TEST(ComplexConversion, leavesTheTargetAsItWasWhenAPartCantBeRead)
         std::function<void(std::function<void()>)> expectFailure;
     } const cases[] = {
         {"no Array", integer(1),
-         [](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("Integer", "Array"))); }},
+         [](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badConversion("Integer", "Array"))); }},
         {"an empty Array", array({}),
          [](auto const& call) {
              EXPECT_THAT(call, throwsText<Zelm::Exception::InvalidParameter>("Invalid Parameter: Array out of bounds"));
@@ -319,13 +319,13 @@ TYPED_TEST(ComplexConversion, leavesTheTargetAsItWasWhenAPartCantBeRead)
              EXPECT_THAT(call, throwsText<Zelm::Exception::InvalidParameter>("Invalid Parameter: Array out of bounds"));
          }},
         {"a wrong real part", array({string("1"), integer(1)}),
-         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("String", partKind))); }},
+         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badConversion("String", partKind))); }},
         {"a wrong real part comes before the missing imaginary one", array({string("x")}),
-         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("String", partKind))); }},
+         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badConversion("String", partKind))); }},
         {"a wrong real part comes before a wrong imaginary one", array({string("x"), boolean(true)}),
-         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("String", partKind))); }},
+         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badConversion("String", partKind))); }},
         {"a wrong imaginary part", array({integer(1), boolean(true)}),
-         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badCast("Boolean", partKind))); }},
+         [&](auto const& call) { EXPECT_THAT(call, throwsText<Exception>(badConversion("Boolean", partKind))); }},
     };
 
     for (auto const& row : cases) {
@@ -338,7 +338,7 @@ TYPED_TEST(ComplexConversion, leavesTheTargetAsItWasWhenAPartCantBeRead)
 
 TYPED_TEST(ComplexConversion, turnsAnElementOfAnotherKindIntoAnArrayOfTwo)
 {
-    for (Element const& old : {number(1), integer(1), boolean(true), string("old"), object(), Element()}) {
+    for (Element const& old : {number(1), integer(1), boolean(true), string("old"), objectOfOne(), Element()}) {
         Element element = old;
 
         SetAs<std::complex<TypeParam>>({TypeParam(1), TypeParam(2)}, element);
@@ -383,7 +383,7 @@ TEST(ComplexConversionOfBool, looksAtTheRealPartFirst)
     std::complex<bool> out;
     for (Element const& element : {array({string("x")}), array({string("x"), integer(1)})}) {
         EXPECT_THAT([&] { GetAs<std::complex<bool>>(element, out); },
-                    throwsText<Exception>(badCast("String", "Boolean")));
+                    throwsText<Exception>(badConversion("String", "Boolean")));
     }
 }
 
@@ -395,7 +395,7 @@ TEST(ComplexConversionOfBool, refusesIntegers)
         [&] {
             GetAs<std::complex<bool>>(array({integer(0), integer(0)}), out);
         },
-        throwsText<Exception>(badCast("Integer", "Boolean")));
+        throwsText<Exception>(badConversion("Integer", "Boolean")));
 
     EXPECT_EQ(out, std::complex<bool>(true, true));
 }
@@ -465,8 +465,8 @@ TEST(VectorConversion, leavesTheVectorAsItWasIfTheElementIsNoArray)
     std::vector<std::string> strings{"kept"};
     std::vector<int> ints{7};
 
-    for (Element const& element : {object(), string("a"), Element()}) {
-        auto const text = badCast(ToString(element.GetElementType()), "Array");
+    for (Element const& element : {objectOfOne(), string("a"), Element()}) {
+        auto const text = badConversion(ToString(element.GetElementType()), "Array");
         EXPECT_THAT([&] { GetAs<std::vector<std::string>>(element, strings); }, throwsText<Exception>(text));
         EXPECT_THAT([&] { GetAs<std::vector<int>>(element, ints); }, throwsText<Exception>(text));
     }
@@ -485,12 +485,12 @@ TEST(VectorConversion, holdsTheEntriesBeforeTheOneThatItRefusesOnPurpose)
         [&] {
             GetAs<std::vector<std::string>>(array({string("a"), integer(1), string("b")}), strings);
         },
-        throwsText<Exception>(badCast("Integer", "String")));
+        throwsText<Exception>(badConversion("Integer", "String")));
     EXPECT_THAT(
         [&] {
             GetAs<std::vector<int>>(array({integer(1), integer(2), boolean(true)}), ints);
         },
-        throwsText<Exception>(badCast("Boolean", "Integer")));
+        throwsText<Exception>(badConversion("Boolean", "Integer")));
 
     EXPECT_EQ(strings, std::vector<std::string>{"a"});
     EXPECT_EQ(ints, (std::vector<int>{1, 2}));

@@ -48,7 +48,7 @@ private:
 };
 
 /// [1,{"a":[]},""] and the pieces that it goes out in: [ 1 , { " a " : [] } , "" ] with the empty string in two.
-Element example()
+Element arrayExample()
 {
     Element tree;
     tree[0] = Trivial_T<long>(1);
@@ -67,7 +67,7 @@ TEST(WriterJsonStream, isFlushedOnceInBothModes)
         RoomyDestination destination;
         std::ostream stream(&destination);
 
-        WriterJson::Write(example(), stream, pretty);
+        WriterJson::Write(arrayExample(), stream, pretty);
 
         EXPECT_EQ(destination.flushes, 1);
     }
@@ -82,7 +82,7 @@ TEST(WriterJsonStream, getsNothingOnceItHasFailedThoughItsBufferHasRoom)
             std::ostream stream(&destination);
             stream.setstate(state);
 
-            WriterJson::Write(example(), stream, pretty);
+            WriterJson::Write(arrayExample(), stream, pretty);
 
             EXPECT_EQ(destination.content(), "");
         }
@@ -128,7 +128,7 @@ TEST(WriterJsonStream, thatFlushesEachOutputDoesSoOnceForEachPieceAndNotForEmpty
         std::ostream stream(&destination);
         stream << std::unitbuf;
 
-        WriterJson::Write(example(), stream, pretty);
+        WriterJson::Write(arrayExample(), stream, pretty);
 
         EXPECT_EQ(destination.flushes, (pretty ? prettyPieces : compactPieces) * cost.piece + cost.end);
     }

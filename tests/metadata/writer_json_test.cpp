@@ -1,5 +1,7 @@
 #include "zelm/metadata/writer_json.h"
 
+#include "tests/metadata/extreme_numbers.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,28 +23,29 @@ namespace Zelm::MetaData {
 namespace {
 
 using namespace std::string_literals;
+using Testing::infinity;
 
 constexpr bool pretty = true;
 constexpr bool compact = false;
 
-Trivial_T<double> number(double value)
+Trivial_T<double> trivialNumber(double value)
 {
     return Trivial_T<double>(value);
 }
-Trivial_T<long> integer(long value)
+Trivial_T<long> trivialInteger(long value)
 {
     return Trivial_T<long>(value);
 }
-Trivial_T<bool> boolean(bool value)
+Trivial_T<bool> trivialBoolean(bool value)
 {
     return Trivial_T<bool>(value);
 }
-Trivial_T<std::string> string(std::string const& value)
+Trivial_T<std::string> trivialString(std::string const& value)
 {
     return Trivial_T<std::string>(value);
 }
 
-template <class T> std::string written(T const& value, bool layout)
+template <class T> std::string writtenText(T const& value, bool layout)
 {
     std::ostringstream stream;
     WriterJson::Write(value, stream, layout);
@@ -53,12 +56,12 @@ template <class T> std::string written(T const& value, bool layout)
 Element example()
 {
     Element tree;
-    tree["b"][0] = boolean(true);
+    tree["b"][0] = trivialBoolean(true);
     tree["b"][1] = Null();
-    tree["a"] = integer(1);
-    tree["c"]["d"] = number(2.5);
+    tree["a"] = trivialInteger(1);
+    tree["c"]["d"] = trivialNumber(2.5);
     tree["e"] = Array();
-    tree["f"] = string("say \"x\"\t");
+    tree["f"] = trivialString("say \"x\"\t");
     return tree;
 }
 
@@ -127,33 +130,33 @@ struct CommaPunctuation : std::numpunct<char> {
 
 TEST(WriterJson, writesOneLineWithoutLayoutInCompactMode)
 {
-    EXPECT_EQ(written(example(), compact), exampleCompact);
+    EXPECT_EQ(writtenText(example(), compact), exampleCompact);
 }
 
 TEST(WriterJson, writesLinesIndentedWithTabsInPrettyMode)
 {
-    EXPECT_EQ(written(example(), pretty), "{\n"
-                                          "\t\"a\" : 1,\n"
-                                          "\t\"b\" : [\n"
-                                          "\t\ttrue,\n"
-                                          "\t\tnull\n"
-                                          "\t],\n"
-                                          "\t\"c\" : {\n"
-                                          "\t\t\"d\" : 2.5\n"
-                                          "\t},\n"
-                                          "\t\"e\" : [],\n"
-                                          "\t\"f\" : \"say \\\"x\\\"\\t\"\n"
-                                          "}");
+    EXPECT_EQ(writtenText(example(), pretty), "{\n"
+                                              "\t\"a\" : 1,\n"
+                                              "\t\"b\" : [\n"
+                                              "\t\ttrue,\n"
+                                              "\t\tnull\n"
+                                              "\t],\n"
+                                              "\t\"c\" : {\n"
+                                              "\t\t\"d\" : 2.5\n"
+                                              "\t},\n"
+                                              "\t\"e\" : [],\n"
+                                              "\t\"f\" : \"say \\\"x\\\"\\t\"\n"
+                                              "}");
 }
 
 TEST(WriterJson, writesEmptyContainersAsTwoCharactersInBothModes)
 {
     for (bool const layout : {compact, pretty}) {
         SCOPED_TRACE(layout);
-        EXPECT_EQ(written(Object(), layout), "{}");
-        EXPECT_EQ(written(Array(), layout), "[]");
-        EXPECT_EQ(written(Element(Object()), layout), "{}");
-        EXPECT_EQ(written(Element(Array()), layout), "[]");
+        EXPECT_EQ(writtenText(Object(), layout), "{}");
+        EXPECT_EQ(writtenText(Array(), layout), "[]");
+        EXPECT_EQ(writtenText(Element(Object()), layout), "{}");
+        EXPECT_EQ(writtenText(Element(Array()), layout), "[]");
     }
 }
 
@@ -163,19 +166,19 @@ TEST(WriterJson, keepsNestedEmptyContainersOnTheirLine)
     array.insert(Element(Object()));
     array.insert(Element(Array()));
 
-    EXPECT_EQ(written(array, pretty), "[\n\t{},\n\t[]\n]");
-    EXPECT_EQ(written(array, compact), "[{},[]]");
+    EXPECT_EQ(writtenText(array, pretty), "[\n\t{},\n\t[]\n]");
+    EXPECT_EQ(writtenText(array, compact), "[{},[]]");
 }
 
 TEST(WriterJson, writesMembersSortedByNameAndTheEmptyNameFirst)
 {
     Object object;
-    object["a"] = integer(1);
-    object["Z"] = integer(2);
-    object[""] = integer(3);
+    object["a"] = trivialInteger(1);
+    object["Z"] = trivialInteger(2);
+    object[""] = trivialInteger(3);
 
-    EXPECT_EQ(written(object, pretty), "{\n\t\"\" : 3,\n\t\"Z\" : 2,\n\t\"a\" : 1\n}");
-    EXPECT_EQ(written(object, compact), R"({"":3,"Z":2,"a":1})");
+    EXPECT_EQ(writtenText(object, pretty), "{\n\t\"\" : 3,\n\t\"Z\" : 2,\n\t\"a\" : 1\n}");
+    EXPECT_EQ(writtenText(object, compact), R"({"":3,"Z":2,"a":1})");
 }
 
 TEST(WriterJson, indentsEachLevelByOneTabAndLeavesTabsOutInCompactMode)
@@ -188,29 +191,29 @@ TEST(WriterJson, indentsEachLevelByOneTabAndLeavesTabsOutInCompactMode)
         innermost = &(*innermost)[0];
         expected += "[\n" + std::string(static_cast<std::size_t>(level) + 1, '\t');
     }
-    *innermost = integer(1);
+    *innermost = trivialInteger(1);
     expected += "1";
     for (int level = depth; level-- > 0;)
         expected += "\n" + std::string(static_cast<std::size_t>(level), '\t') + "]";
 
-    EXPECT_EQ(written(tree, pretty), expected);
-    EXPECT_EQ(written(tree, compact), std::string(depth, '[') + "1" + std::string(depth, ']'));
+    EXPECT_EQ(writtenText(tree, pretty), expected);
+    EXPECT_EQ(writtenText(tree, compact), std::string(depth, '[') + "1" + std::string(depth, ']'));
 }
 
 TEST(WriterJson, writesEveryKindThroughItsOwnOverloadAndThroughElementAlike)
 {
     for (bool const layout : {compact, pretty}) {
         SCOPED_TRACE(layout);
-        EXPECT_EQ(written(number(2.5), layout), "2.5");
-        EXPECT_EQ(written(Element(number(2.5)), layout), "2.5");
-        EXPECT_EQ(written(integer(7), layout), "7");
-        EXPECT_EQ(written(Element(integer(7)), layout), "7");
-        EXPECT_EQ(written(boolean(true), layout), "true");
-        EXPECT_EQ(written(Element(boolean(false)), layout), "false");
-        EXPECT_EQ(written(string("x"), layout), "\"x\"");
-        EXPECT_EQ(written(Element(string("x")), layout), "\"x\"");
-        EXPECT_EQ(written(Null(), layout), "null");
-        EXPECT_EQ(written(Element(), layout), "null");
+        EXPECT_EQ(writtenText(trivialNumber(2.5), layout), "2.5");
+        EXPECT_EQ(writtenText(Element(trivialNumber(2.5)), layout), "2.5");
+        EXPECT_EQ(writtenText(trivialInteger(7), layout), "7");
+        EXPECT_EQ(writtenText(Element(trivialInteger(7)), layout), "7");
+        EXPECT_EQ(writtenText(trivialBoolean(true), layout), "true");
+        EXPECT_EQ(writtenText(Element(trivialBoolean(false)), layout), "false");
+        EXPECT_EQ(writtenText(trivialString("x"), layout), "\"x\"");
+        EXPECT_EQ(writtenText(Element(trivialString("x")), layout), "\"x\"");
+        EXPECT_EQ(writtenText(Null(), layout), "null");
+        EXPECT_EQ(writtenText(Element(), layout), "null");
     }
 }
 
@@ -218,7 +221,6 @@ TEST(WriterJson, writesEveryKindThroughItsOwnOverloadAndThroughElementAlike)
 
 TEST(WriterJson, writesNumbersWithTwentySignificantDigits)
 {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
     struct {
         double value;
         char const* text;
@@ -244,24 +246,24 @@ TEST(WriterJson, writesNumbersWithTwentySignificantDigits)
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(row.text);
-        EXPECT_EQ(written(number(row.value), compact), row.text);
+        EXPECT_EQ(writtenText(trivialNumber(row.value), compact), row.text);
     }
 }
 
 TEST(WriterJson, writesTheStreamsWordsForNumbersThatAreNoneOnPurpose)
 {
     Array array;
-    array.insert(Element(number(std::numeric_limits<double>::quiet_NaN())));
-    array.insert(Element(number(std::numeric_limits<double>::infinity())));
+    array.insert(Element(trivialNumber(std::numeric_limits<double>::quiet_NaN())));
+    array.insert(Element(trivialNumber(std::numeric_limits<double>::infinity())));
 
-    EXPECT_EQ(written(array, compact), "[nan,inf]");
+    EXPECT_EQ(writtenText(array, compact), "[nan,inf]");
 }
 
 TEST(WriterJson, writesTheWholeRangeOfIntegers)
 {
-    EXPECT_EQ(written(integer(std::numeric_limits<long>::max()), compact), "9223372036854775807");
-    EXPECT_EQ(written(integer(std::numeric_limits<long>::min()), compact), "-9223372036854775808");
-    EXPECT_EQ(written(integer(0), compact), "0");
+    EXPECT_EQ(writtenText(trivialInteger(std::numeric_limits<long>::max()), compact), "9223372036854775807");
+    EXPECT_EQ(writtenText(trivialInteger(std::numeric_limits<long>::min()), compact), "-9223372036854775808");
+    EXPECT_EQ(writtenText(trivialInteger(0), compact), "0");
 }
 
 TEST(WriterJson, writesAnyNumberAsTheStreamsOwnOutputDoes)
@@ -288,7 +290,7 @@ TEST(WriterJson, writesAnyNumberAsTheStreamsOwnOutputDoes)
         }
         oracle.str("");
         oracle << value;
-        ASSERT_EQ(written(number(value), compact), oracle.str());
+        ASSERT_EQ(writtenText(trivialNumber(value), compact), oracle.str());
     }
 }
 
@@ -297,7 +299,7 @@ TEST(WriterJson, leavesThePrecisionAtTwentyOnPurposeIfItWroteANumber)
     std::ostringstream stream;
     stream.precision(3);
 
-    WriterJson::Write(number(0.5), stream, compact);
+    WriterJson::Write(trivialNumber(0.5), stream, compact);
 
     EXPECT_EQ(stream.precision(), 20);
 }
@@ -307,8 +309,8 @@ TEST(WriterJson, leavesThePrecisionAloneIfItWroteNoNumber)
     std::ostringstream stream;
     stream.precision(3);
     Array array;
-    array.insert(Element(integer(1)));
-    array.insert(Element(string("x")));
+    array.insert(Element(trivialInteger(1)));
+    array.insert(Element(trivialString("x")));
 
     WriterJson::Write(array, stream, compact);
 
@@ -331,8 +333,8 @@ TEST(WriterJson, writesNumbersInTheFormatThatTheStreamIsSetTo)
         {"words for booleans change nothing", std::boolalpha, "[255,2.5]"},
     };
     Array array;
-    array.insert(Element(integer(255)));
-    array.insert(Element(number(2.5)));
+    array.insert(Element(trivialInteger(255)));
+    array.insert(Element(trivialNumber(2.5)));
     for (auto const& row : cases) {
         SCOPED_TRACE(row.why);
         std::ostringstream stream;
@@ -351,7 +353,7 @@ TEST(WriterJson, writesNumbersInUpperCaseIfTheStreamIsSetSo)
     std::ostringstream stream;
     stream << std::uppercase;
 
-    WriterJson::Write(number(1e20), stream, compact);
+    WriterJson::Write(trivialNumber(1e20), stream, compact);
 
     EXPECT_EQ(stream.str(), "1E+20");
 }
@@ -361,9 +363,9 @@ TEST(WriterJson, writesNumbersInTheStreamsLocale)
     std::ostringstream stream;
     stream.imbue(std::locale(std::locale::classic(), new CommaPunctuation));
     Array array;
-    array.insert(Element(integer(1234567)));
-    array.insert(Element(number(1234.5)));
-    array.insert(Element(number(3)));
+    array.insert(Element(trivialInteger(1234567)));
+    array.insert(Element(trivialNumber(1234.5)));
+    array.insert(Element(trivialNumber(3)));
 
     WriterJson::Write(array, stream, compact);
 
@@ -377,7 +379,7 @@ TEST(WriterJson, followsTheRoundingModeAsTheStreamDoes)
         std::ostringstream oracle;
         ASSERT_EQ(std::fesetround(mode), 0);
         oracle << std::setprecision(20) << 0.1 << ' ' << 0.3;
-        auto const text = written(number(0.1), compact) + ' ' + written(number(0.3), compact);
+        auto const text = writtenText(trivialNumber(0.1), compact) + ' ' + writtenText(trivialNumber(0.3), compact);
         std::fesetround(FE_TONEAREST);
 
         EXPECT_EQ(text, oracle.str());
@@ -387,10 +389,10 @@ TEST(WriterJson, followsTheRoundingModeAsTheStreamDoes)
 TEST(WriterJson, spendsASetWidthOnTheFirstNumberAndOnNothingElseOnPurpose)
 {
     Element tree;
-    tree["a"] = string("x");
-    tree["b"] = boolean(true);
-    tree["c"] = integer(1);
-    tree["d"] = number(2.5);
+    tree["a"] = trivialString("x");
+    tree["b"] = trivialBoolean(true);
+    tree["c"] = trivialInteger(1);
+    tree["d"] = trivialNumber(2.5);
     std::ostringstream stream;
     stream << std::setw(5) << std::setfill('*');
 
@@ -405,7 +407,7 @@ TEST(WriterJson, keepsASetWidthIfThereIsNoNumberToSpendItOn)
     std::ostringstream stream;
     stream << std::setw(5);
 
-    WriterJson::Write(string("x"), stream, compact);
+    WriterJson::Write(trivialString("x"), stream, compact);
 
     EXPECT_EQ(stream.str(), "\"x\"");
     EXPECT_EQ(stream.width(), 5);
@@ -424,7 +426,7 @@ TEST(WriterJson, escapesSevenBytesAndPassesAllOthersOnPurpose)
             if (text[0] == escaped)
                 expected = "\\"s + letter;
 
-        EXPECT_EQ(written(string(text), compact), '"' + expected + '"');
+        EXPECT_EQ(writtenText(trivialString(text), compact), '"' + expected + '"');
     }
 }
 
@@ -444,7 +446,7 @@ TEST(WriterJson, escapesAnywhereInAString)
     };
     for (auto const& row : cases) {
         SCOPED_TRACE(row.text);
-        EXPECT_EQ(written(string(row.value), compact), row.text);
+        EXPECT_EQ(writtenText(trivialString(row.value), compact), row.text);
     }
 }
 
@@ -453,7 +455,7 @@ TEST(WriterJson, escapesNamesAsItEscapesStrings)
     Object object;
     object["a\"b\\\n"] = Null();
 
-    EXPECT_EQ(written(object, compact), R"({"a\"b\\\n":null})");
+    EXPECT_EQ(writtenText(object, compact), R"({"a\"b\\\n":null})");
 }
 
 // ------------------------------------------------------------------------------------------------------- the stream
@@ -473,7 +475,7 @@ TEST(WriterJson, addsToWhatTheStreamHoldsAndPutsNothingBehindTheValue)
     std::ostringstream stream;
     stream << "before ";
 
-    WriterJson::Write(integer(1), stream, pretty);
+    WriterJson::Write(trivialInteger(1), stream, pretty);
     WriterJson::Write(Object(), stream, pretty);
 
     EXPECT_EQ(stream.str(), "before 1{}");
@@ -553,7 +555,7 @@ TEST(WriterJson, flushesATiedStreamFirst)
     std::ostringstream stream;
     stream.tie(&tied);
 
-    WriterJson::Write(integer(1), stream, compact);
+    WriterJson::Write(trivialInteger(1), stream, compact);
 
     EXPECT_EQ(stream.str(), "1");
     EXPECT_GE(log.flushes(), 1);
