@@ -25,17 +25,17 @@ using namespace Testing;
 
 constexpr long withoutLimit = std::numeric_limits<long>::max();
 
-template <class Q> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue()
+template <class Q> std::shared_ptr<Msgs::MessageQueueInterface> makeAnyQueue()
 {
     return std::make_shared<Q>(Parts{});
 }
 
-template <> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue<FixedDepthMessageQueue>()
+template <> std::shared_ptr<Msgs::MessageQueueInterface> makeAnyQueue<FixedDepthMessageQueue>()
 {
     return std::make_shared<FixedDepthMessageQueue>(Parts{"3"});
 }
 
-template <> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue<CallbackMessageQueue>()
+template <> std::shared_ptr<Msgs::MessageQueueInterface> makeAnyQueue<CallbackMessageQueue>()
 {
     auto const queue = std::make_shared<CallbackMessageQueue>(Parts{});
     queue->setCallback([](MessagePtr const&) {});
@@ -44,7 +44,7 @@ template <> std::shared_ptr<Msgs::MessageQueueInterface> makeQueue<CallbackMessa
 
 template <class Q> class AnyQueue : public ::testing::Test {
 protected:
-    std::shared_ptr<Msgs::MessageQueueInterface> const queue = makeQueue<Q>();
+    std::shared_ptr<Msgs::MessageQueueInterface> const queue = makeAnyQueue<Q>();
 };
 
 struct Names {

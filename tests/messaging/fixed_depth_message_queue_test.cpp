@@ -194,11 +194,11 @@ TEST(FixedDepthMessageQueue, losesNoMessageIfMemoryRunsOutWhileAllAreTaken)
     EXPECT_EQ(failures, 3u);
 }
 
-/// Calls the queue from its destructor.
-class LastWords : public Message {
+/// Calls the queue from its destructor, to put a message that tells how many were dropped.
+class PutsDropCount : public Message {
 public:
-    explicit LastWords(FixedDepthMessageQueue& queue) : Message(1), queue_(queue) {}
-    ~LastWords() override { queue_.putMessage(message(queue_.droppedMessages())); }
+    explicit PutsDropCount(FixedDepthMessageQueue& queue) : Message(1), queue_(queue) {}
+    ~PutsDropCount() override { queue_.putMessage(message(queue_.droppedMessages())); }
 
 private:
     FixedDepthMessageQueue& queue_;
@@ -207,7 +207,7 @@ private:
 TEST(FixedDepthMessageQueue, mayBeCalledByTheDestructorOfAMessageThatItDrops)
 {
     FixedDepthMessageQueue queue({"1"});
-    queue.putMessage(std::make_shared<LastWords>(queue));
+    queue.putMessage(std::make_shared<PutsDropCount>(queue));
     put(queue, {2});
 
     EXPECT_THAT(takeIds(queue), ElementsAre(1));

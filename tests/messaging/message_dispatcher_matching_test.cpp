@@ -42,17 +42,6 @@ struct Subscription {
     }
 };
 
-std::vector<Identifier> allIdentifiersOf(std::vector<unsigned short> const& fields)
-{
-    std::vector<Identifier> all;
-    for (auto const category : fields)
-        for (auto const sub1 : fields)
-            for (auto const sub2 : fields)
-                for (auto const type : fields)
-                    all.emplace_back(Identifier::toValue(category, sub1, sub2, type));
-    return all;
-}
-
 TEST(Matching, isThatOfCoversForEveryPatternAndMessage)
 {
     MessageDispatcher dispatcher({});

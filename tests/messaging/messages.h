@@ -1,5 +1,5 @@
 /// @file
-/// Messages, and short ways to look at what a queue holds.
+/// Messages and identifiers, and short ways to look at what a queue holds.
 #pragma once
 
 #include "zelm/msgs/message.h"
@@ -23,6 +23,18 @@ constexpr unsigned long stopId = 0xFFF0FFF0FFF0FFF0;
 inline MessagePtr message(unsigned long id, Parts const& sender = {}, Parts const& dest = {})
 {
     return std::make_shared<Message>(id, sender, dest);
+}
+
+/// Every identifier whose four fields are among these.
+inline std::vector<Identifier> allIdentifiersOf(std::vector<unsigned short> const& fields)
+{
+    std::vector<Identifier> all;
+    for (auto const category : fields)
+        for (auto const sub1 : fields)
+            for (auto const sub2 : fields)
+                for (auto const type : fields)
+                    all.emplace_back(Identifier::toValue(category, sub1, sub2, type));
+    return all;
 }
 
 /// Takes all messages out, without waiting, and gives their identifiers.

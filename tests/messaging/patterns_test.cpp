@@ -39,17 +39,6 @@ TEST(Pattern, isTakenInItsCanonicalForm)
     }
 }
 
-std::vector<Identifier> allIdentifiersOf(std::vector<unsigned short> const& fields)
-{
-    std::vector<Identifier> all;
-    for (auto const category : fields)
-        for (auto const sub1 : fields)
-            for (auto const sub2 : fields)
-                for (auto const type : fields)
-                    all.emplace_back(Identifier::toValue(category, sub1, sub2, type));
-    return all;
-}
-
 TEST(PatternsOfAnIdentifier, areThoseInWhoseFormACoveringPatternIsFoundAndNoOthers)
 {
     auto const all = allIdentifiersOf({0, 1, any});
