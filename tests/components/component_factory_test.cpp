@@ -1,5 +1,6 @@
 #include "zelm/components/component_factory.h"
 
+#include "tests/components/types_of.h"
 #include "tests/support/vtable_slot.h"
 
 #include <gmock/gmock.h>
@@ -16,6 +17,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using Testing::slotOf;
+using Testing::typesOf;
 
 class NamedComponent : public Component_Base {
 public:
@@ -31,14 +33,6 @@ Creators::mapped_type makes(std::string const& name)
 std::string nameOf(std::shared_ptr<ComponentInterface> const& component)
 {
     return component ? dynamic_cast<NamedComponent&>(*component).name : "nothing";
-}
-
-std::vector<std::string> typesOf(ComponentFactoryInterface const& factory)
-{
-    std::vector<std::string> types;
-    for (auto const& entry : factory.supportedComponents())
-        types.push_back(entry.first);
-    return types;
 }
 
 TEST(ComponentFactoryBase, supportsNothingAtFirst)

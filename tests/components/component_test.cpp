@@ -1,5 +1,6 @@
 #include "zelm/components/component.h"
 
+#include "tests/components/scripted.h"
 #include "tests/support/vtable_slot.h"
 
 #include <gtest/gtest.h>
@@ -10,9 +11,8 @@
 namespace Zelm {
 namespace {
 
+using Testing::Plain;
 using Testing::slotOf;
-
-class Plain : public Component_Base {};
 
 class Passive : public Component_Base, public LifeCycle::PassiveInterface {
 public:

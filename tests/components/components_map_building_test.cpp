@@ -26,7 +26,6 @@ namespace {
 using namespace Testing;
 namespace fs = std::filesystem;
 
-std::string const rival = TemporaryInstallation::libraryName("rival");
 std::string const rivalLog = "rival: loaded\nrival: factory starts\nrival: factory ends\n";
 
 // ------------------------------------------------------------------------------------------------- where libraries lie

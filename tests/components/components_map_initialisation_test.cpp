@@ -20,8 +20,6 @@ namespace {
 using namespace Testing;
 namespace fs = std::filesystem;
 
-std::string const rival = TemporaryInstallation::libraryName("rival");
-
 // ------------------------------------------------------------------------------------------- the first start and later
 
 TEST(MapInitialisation, buildsTheMapAtTheFirstStartAndLoadsNothingAtTheSecond)

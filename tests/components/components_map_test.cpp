@@ -250,14 +250,14 @@ struct ReadCase {
     std::string result;  // the form that is written again
 };
 
-MapText const before{{{"Old", "libOld.so.1"}}, {{"libOld.so.1", 5}}, {"old"}, {1, 1, 0}};
+MapText const oldMap{{{"Old", "libOld.so.1"}}, {{"libOld.so.1", 5}}, {"old"}, {1, 1, 0}};
 std::string const notAnArray = "Exception MetaDat::ReflectorArray Should have gotten an Array, but didn't\n";
 std::string const corrupt = "Exception MetaDat::ReflectorArray MetaData Array corrupt for ";
 
-/// `before` with one member's text replaced.
+/// `oldMap` with one member's text replaced.
 MapText with(std::vector<MapText::Component> components)
 {
-    auto text = before;
+    auto text = oldMap;
     text.components = std::move(components);
     return text;
 }
@@ -274,63 +274,63 @@ TEST(ComponentsMapRead, isForgivingMemberByMember)
 {
     std::string const versionText = "\"Version\" : [\n\t\t1,\n\t\t1,\n\t\t0\n\t]";
     std::string const errorsText = "\t\"Errors\" : [\n\t\t\"old\"\n\t],\n";
-    MapText const emptyLibraries{before.components, {}, before.errors};
-    MapText const noErrors{before.components, before.libraries};
-    MapText const noVersion{before.components, before.libraries, before.errors, {}};
-    MapText const versionEight{before.components, before.libraries, before.errors, {1, 1, 8}};
+    MapText const emptyLibraries{oldMap.components, {}, oldMap.errors};
+    MapText const noErrors{oldMap.components, oldMap.libraries};
+    MapText const noVersion{oldMap.components, oldMap.libraries, oldMap.errors, {}};
+    MapText const versionEight{oldMap.components, oldMap.libraries, oldMap.errors, {1, 1, 8}};
 
     ReadCase const cases[] = {
         {"any order and white space", R"({"Version":[1,1,0],"SharedLibraries" : [ ], "Components":[]})", "",
          MapText().text()},
-        {"an unknown key is ignored", replaced(before.text(), "{", R"({"Extra" : [1, {"a" : null}],)"), "",
-         before.text()},
-        {"a missing version becomes empty", replaced(before.text(), ",\n\t" + versionText, ""), "", noVersion.text()},
+        {"an unknown key is ignored", replaced(oldMap.text(), "{", R"({"Extra" : [1, {"a" : null}],)"), "",
+         oldMap.text()},
+        {"a missing version becomes empty", replaced(oldMap.text(), ",\n\t" + versionText, ""), "", noVersion.text()},
         {"the object form of a version is taken",
-         replaced(before.text(), versionText, R"("Version" : {"type" : 9, "len" : 3, "base64" : "AQAAAAEAAAAIAAAA"})"),
+         replaced(oldMap.text(), versionText, R"("Version" : {"type" : 9, "len" : 3, "base64" : "AQAAAAEAAAAIAAAA"})"),
          "", versionEight.text()},
-        {"a version of another kind leaves the old one", replaced(before.text(), versionText, R"("Version" : "1.1.0")"),
-         "Exception MetaData::ReflectorArray wrong encoded type\n", before.text()},
+        {"a version of another kind leaves the old one", replaced(oldMap.text(), versionText, R"("Version" : "1.1.0")"),
+         "Exception MetaData::ReflectorArray wrong encoded type\n", oldMap.text()},
         {"a version with a word in it leaves the old one",
-         replaced(before.text(), versionText, R"("Version" : [2, "one", 0])"), corrupt + "Version\n", before.text()},
+         replaced(oldMap.text(), versionText, R"("Version" : [2, "one", 0])"), corrupt + "Version\n", oldMap.text()},
         {"missing components become none", R"({"SharedLibraries":[],"Version":[1,1,0]})", "", MapText().text()},
         {"missing libraries become none", replaced(emptyLibraries.text(), "\"SharedLibraries\" : [],", ""), "",
          emptyLibraries.text()},
         {"missing errors become unset", noErrors.text(), "", noErrors.text()},
         {"components of another kind leave the old ones",
-         replaced(before.text(), "\"Components\" : [", R"("Components" : 1, "x" : [)"), notAnArray, before.text()},
+         replaced(oldMap.text(), "\"Components\" : [", R"("Components" : 1, "x" : [)"), notAnArray, oldMap.text()},
         {"libraries of another kind leave the old ones",
-         replaced(before.text(), "\"SharedLibraries\" : [", R"("SharedLibraries" : null, "x" : [)"), notAnArray,
-         before.text()},
-        {"errors of another kind leave the old ones", replaced(before.text(), errorsText, R"("Errors" : {},)"),
-         notAnArray, before.text()},
-        {"errors with a number leave the old ones", replaced(before.text(), errorsText, R"("Errors" : ["new", 1],)"),
-         corrupt + "Errors\n", before.text()},
+         replaced(oldMap.text(), "\"SharedLibraries\" : [", R"("SharedLibraries" : null, "x" : [)"), notAnArray,
+         oldMap.text()},
+        {"errors of another kind leave the old ones", replaced(oldMap.text(), errorsText, R"("Errors" : {},)"),
+         notAnArray, oldMap.text()},
+        {"errors with a number leave the old ones", replaced(oldMap.text(), errorsText, R"("Errors" : ["new", 1],)"),
+         corrupt + "Errors\n", oldMap.text()},
         {"a row lacking its keys is kept with empty strings",
-         replaced(before.text(), "\"ComponentTypeName\" : \"Old\"", "\"Type\" : \"Old\""), "",
+         replaced(oldMap.text(), "\"ComponentTypeName\" : \"Old\"", "\"Type\" : \"Old\""), "",
          with({{"", "libOld.so.1"}}).text()},
         {"a row without a factory's name is kept with an empty one",
-         replaced(before.text(), "\"FactoryName\"", "\"Factory\""), "", with({{"Old", ""}}).text()},
+         replaced(oldMap.text(), "\"FactoryName\"", "\"Factory\""), "", with({{"Old", ""}}).text()},
         {"a row without a library's name is kept with an empty one",
-         replaced(before.text(), "\"SharedObjectName\"", "\"Name\""), "",
-         MapText{before.components, {{"", 5}}, before.errors}.text()},
+         replaced(oldMap.text(), "\"SharedObjectName\"", "\"Name\""), "",
+         MapText{oldMap.components, {{"", 5}}, oldMap.errors}.text()},
         {"a row without a time stamp is kept with 0",
-         replaced(before.text(), "\"SharedObjectTimeStamp\"", "\"TimeStamp\""), "",
-         MapText{before.components, {{"libOld.so.1", 0}}, before.errors}.text()},
+         replaced(oldMap.text(), "\"SharedObjectTimeStamp\"", "\"TimeStamp\""), "",
+         MapText{oldMap.components, {{"libOld.so.1", 0}}, oldMap.errors}.text()},
         {"a row that is no object is kept with empty strings",
-         replaced(before.text(), "\"Components\" : [", "\"Components\" : [7,"), "",
+         replaced(oldMap.text(), "\"Components\" : [", "\"Components\" : [7,"), "",
          with({{"", ""}, {"Old", "libOld.so.1"}}).text()},
         {"an error that is no string stays unset",
-         replaced(before.text(), "\"FactoryName\"", R"("Error" : 1, "FactoryName")"), "", before.text()},
-        {"an empty error is set", replaced(before.text(), "\"FactoryName\"", R"("Error" : "", "FactoryName")"), "",
+         replaced(oldMap.text(), "\"FactoryName\"", R"("Error" : 1, "FactoryName")"), "", oldMap.text()},
+        {"an empty error is set", replaced(oldMap.text(), "\"FactoryName\"", R"("Error" : "", "FactoryName")"), "",
          with({{"Old", "libOld.so.1", ""}}).text()},
-        {"a time stamp that is no number is 0", replaced(before.text(), "TimeStamp\" : 5", "TimeStamp\" : \"5\""), "",
-         MapText{before.components, {{"libOld.so.1", 0}}, before.errors}.text()},
+        {"a time stamp that is no number is 0", replaced(oldMap.text(), "TimeStamp\" : 5", "TimeStamp\" : \"5\""), "",
+         MapText{oldMap.components, {{"libOld.so.1", 0}}, oldMap.errors}.text()},
     };
 
     for (auto const& row : cases) {
         SCOPED_TRACE(row.why);
         Map map;
-        readInto(map, before.text());
+        readInto(map, oldMap.text());
 
         EXPECT_EQ(readInto(map, row.json), row.printed);
         EXPECT_EQ(writtenForm(map), row.result);
@@ -348,14 +348,14 @@ TEST(ComponentsMapRead, takesAVersionThatIsNoArrayForTheCodesOwnInAFreshMapOnPur
 TEST(ComponentsMapRead, throwsNothingForASourceThatIsNoObject)
 {
     Map map;
-    readInto(map, before.text());
+    readInto(map, oldMap.text());
 
     ::testing::internal::CaptureStdout();
     map.copyFromMetaData(MetaData::Element());
 
     std::string const line = "Provide better error handling please.\n";
     EXPECT_EQ(::testing::internal::GetCapturedStdout(), line + line + line + line);
-    EXPECT_EQ(writtenForm(map), before.text());
+    EXPECT_EQ(writtenForm(map), oldMap.text());
 }
 
 // ---------------------------------------------------------------------------------------------------------- looking up

@@ -273,7 +273,7 @@ TEST(CreateComponent, takesAFactoryThatIsNotPassiveOnceTheMapNamesIt)
                 {"not_passive: factory made", "Unseen(): made", "> create Unseen = #1 \"\""});
 }
 
-struct ThrowsCase {
+struct CreationThrowsCase {
     std::string fixture;
     std::vector<std::string> log;
     std::string result;
@@ -282,7 +282,7 @@ struct ThrowsCase {
 
 TEST(CreateComponent, passesOnWhatALibraryThrows)
 {
-    ThrowsCase const cases[] = {
+    CreationThrowsCase const cases[] = {
         {"throws_in_factory_function", {}, "runtime_error: thrown in factory_function", false},
         {"throws_in_start", {"throws: factory gone"}, "runtime_error: thrown in start", false},
         {"throws_in_creator", {"throws: factory starts"}, "runtime_error: thrown in creator", true},

@@ -1,5 +1,6 @@
 #include "zelm/components/core_component_factory.h"
 
+#include "tests/components/types_of.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_installation.h"
 #include "tests/support/throws_text.h"
@@ -17,14 +18,6 @@ namespace {
 
 using namespace Testing;
 using ::testing::ElementsAre;
-
-std::vector<std::string> typesOf(ComponentFactoryInterface const& factory)
-{
-    std::vector<std::string> types;
-    for (auto const& entry : factory.supportedComponents())
-        types.push_back(entry.first);
-    return types;
-}
 
 TEST(CoreComponentFactory, supportsNothingBeforeItsStart)
 {

@@ -14,6 +14,7 @@ namespace Zelm::Testing {
 
 inline constexpr long writeTime = TemporaryInstallation::writeTime;
 inline std::string const engines = TemporaryInstallation::libraryName("engines");
+inline std::string const rival = TemporaryInstallation::libraryName("rival");
 
 /// The map of an installation that has the library "engines" alone.
 inline MapText const enginesMap{{{"Engine", engines}, {"Wheel", engines}}, {{engines, writeTime}}};

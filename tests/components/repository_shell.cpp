@@ -17,7 +17,7 @@ namespace Zelm::Testing {
 
 namespace {
 
-std::string const& nameOf(std::type_info const& type)
+std::string const& classNameOf(std::type_info const& type)
 {
     static std::map<std::string, std::string> const names = {
         {typeid(Exception::FailedToCreateComponent).name(), "FailedToCreateComponent"},
@@ -45,7 +45,7 @@ public:
         try {
             result = call(command, words);
         } catch (std::exception const& error) {
-            result = nameOf(typeid(error)) + ": " + error.what();
+            result = classNameOf(typeid(error)) + ": " + error.what();
         } catch (int number) {
             result = "the number " + std::to_string(number);
         }
