@@ -163,12 +163,6 @@ void monitor(Zelm::ComponentsRepositoryInterface& repository, std::string const&
                                  " are in the file");
 }
 
-struct EndOfComponents {
-    std::shared_ptr<Zelm::ComponentsRepositoryInterface> const repository =
-        Zelm::ComponentsRepositoryInterface::getComponentsRepository();
-    ~EndOfComponents() { repository->releaseAllComponents(); }
-};
-
 }  // namespace
 
 ChildStatus runChild(unsigned seed, std::string const& scratch, bool isToFail)

@@ -34,4 +34,11 @@ void endComponent(Zelm::ComponentsRepositoryInterface& repository,
         throw std::runtime_error("the repository doesn't find \"" + id + "\": " + result.info());
 }
 
+EndOfComponents::EndOfComponents() : repository(Zelm::ComponentsRepositoryInterface::getComponentsRepository()) {}
+
+EndOfComponents::~EndOfComponents()
+{
+    repository->releaseAllComponents();
+}
+
 }  // namespace Soak

@@ -27,4 +27,12 @@ void startComponent(Zelm::ComponentsRepositoryInterface& repository,
 void endComponent(Zelm::ComponentsRepositoryInterface& repository,
                   std::shared_ptr<Zelm::ComponentInterface> const& component);
 
+/// Holds the repository, whose components are released when this goes.
+struct EndOfComponents {
+    EndOfComponents();
+    ~EndOfComponents();
+
+    std::shared_ptr<Zelm::ComponentsRepositoryInterface> const repository;
+};
+
 }  // namespace Soak

@@ -1,6 +1,7 @@
 #include "soak.h"
 
 #include "children.h"
+#include "components.h"
 #include "faults.h"
 #include "figures.h"
 #include "installation.h"
@@ -150,12 +151,6 @@ private:
     Clock::time_point const begin_ = Clock::now();
     std::vector<Round> rounds_;
     std::vector<long> deviations_;  // of each receiver
-};
-
-struct EndOfComponents {
-    std::shared_ptr<Zelm::ComponentsRepositoryInterface> const repository =
-        Zelm::ComponentsRepositoryInterface::getComponentsRepository();
-    ~EndOfComponents() { repository->releaseAllComponents(); }
 };
 
 }  // namespace
