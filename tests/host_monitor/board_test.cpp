@@ -21,7 +21,7 @@ std::shared_ptr<MemoryReading> memory(std::string const& id, double used)
     return reading;
 }
 
-AlarmMessage& set(AlarmMessage& alarm, bool raised, double value)
+AlarmMessage& setAlarm(AlarmMessage& alarm, bool raised, double value)
 {
     alarm.raised = raised;
     alarm.sensor = "m1";
@@ -32,7 +32,7 @@ AlarmMessage& set(AlarmMessage& alarm, bool raised, double value)
 }
 
 /// The lines behind the first, the time, which depends on the time zone.
-std::vector<std::string> linesOf(Board const& board)
+std::vector<std::string> boardLines(Board const& board)
 {
     auto lines = board.lines(1000);
     lines.erase(lines.begin());
@@ -44,8 +44,8 @@ std::vector<std::string> linesOf(Board const& board)
 TEST(AlarmText, saysWhatCrossedWhichLimit)
 {
     AlarmMessage alarm;
-    EXPECT_EQ(alarmLine(set(alarm, true, 93.04)), "ALARM m1: used % is 93.0, above 90.0");
-    EXPECT_EQ(alarmLine(set(alarm, false, 85)), "m1: used % is 85.0, no longer above 90.0");
+    EXPECT_EQ(alarmLine(setAlarm(alarm, true, 93.04)), "ALARM m1: used % is 93.0, above 90.0");
+    EXPECT_EQ(alarmLine(setAlarm(alarm, false, 85)), "m1: used % is 85.0, no longer above 90.0");
 }
 
 TEST(AlarmText, takesTheUnitFromTheEndOfAFieldInAList)
@@ -63,7 +63,7 @@ TEST(AlarmText, takesTheUnitFromTheEndOfAFieldInAList)
 TEST(AlarmText, letsNoTextDisturbTheTerminal)
 {
     AlarmMessage alarm;
-    set(alarm, true, 1).sensor = "\x1b[2J";
+    setAlarm(alarm, true, 1).sensor = "\x1b[2J";
     alarm.field = "a\x1b.b\x1b";
 
     EXPECT_EQ(alarmLine(alarm), "ALARM ?[2J: a? b? is 1.0, above 90.0");
@@ -76,7 +76,7 @@ TEST(Board, keepsTheLatestReadingOfEachSensorInTheOrderOfTheirSenders)
     board.take(memory("m1", 10));
     board.take(memory("m2", 30));
 
-    EXPECT_THAT(linesOf(board), ElementsAre("", "m1", "  used %", "    10.0", "", "m2", "  used %", "    30.0"));
+    EXPECT_THAT(boardLines(board), ElementsAre("", "m1", "  used %", "    10.0", "", "m2", "  used %", "    30.0"));
 }
 
 TEST(Board, showsAnAlarmUntilItIsCleared)
@@ -84,20 +84,21 @@ TEST(Board, showsAnAlarmUntilItIsCleared)
     Board board;
     AlarmMessage alarm;
     board.take(memory("m1", 95));
-    board.take(set(alarm, true, 95));
-    EXPECT_THAT(linesOf(board), ElementsAre("ALARM m1: used % is 95.0, above 90.0", "", "m1", "  used %", "    95.0"));
+    board.take(setAlarm(alarm, true, 95));
+    EXPECT_THAT(boardLines(board),
+                ElementsAre("ALARM m1: used % is 95.0, above 90.0", "", "m1", "  used %", "    95.0"));
 
-    board.take(set(alarm, false, 80));
-    EXPECT_THAT(linesOf(board), ElementsAre("", "m1", "  used %", "    95.0"));
+    board.take(setAlarm(alarm, false, 80));
+    EXPECT_THAT(boardLines(board), ElementsAre("", "m1", "  used %", "    95.0"));
 }
 
 TEST(Board, canBeShownBeforeItHasAReading)
 {
     Board board;
     AlarmMessage alarm;
-    board.take(set(alarm, true, 95));
+    board.take(setAlarm(alarm, true, 95));
 
-    EXPECT_THAT(linesOf(board), ElementsAre("ALARM m1: used % is 95.0, above 90.0"));
+    EXPECT_THAT(boardLines(board), ElementsAre("ALARM m1: used % is 95.0, above 90.0"));
 }
 
 }  // namespace HostMonitor

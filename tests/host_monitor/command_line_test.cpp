@@ -16,7 +16,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::optional<Options> parse(std::vector<char const*> arguments)
+std::optional<Options> parseWords(std::vector<char const*> arguments)
 {
     arguments.insert(arguments.begin(), "host_monitor");
     return parseCommandLine(static_cast<int>(arguments.size()), arguments.data(), "/etc/default.json");
@@ -26,7 +26,7 @@ std::optional<Options> parse(std::vector<char const*> arguments)
 
 TEST(CommandLine, leavesToTheConfigurationWhatIsntAskedFor)
 {
-    auto const options = parse({});
+    auto const options = parseWords({});
 
     ASSERT_TRUE(options);
     EXPECT_EQ(options->configuration, "/etc/default.json");
@@ -39,7 +39,7 @@ TEST(CommandLine, leavesToTheConfigurationWhatIsntAskedFor)
 TEST(CommandLine, takesTheUsersWishes)
 {
     auto const options =
-        parse({"--config", "mine.json", "--interval", "0.25", "--samples", "7", "--summary", "--list"});
+        parseWords({"--config", "mine.json", "--interval", "0.25", "--samples", "7", "--summary", "--list"});
 
     ASSERT_TRUE(options);
     EXPECT_EQ(options->configuration, "mine.json");
@@ -51,11 +51,11 @@ TEST(CommandLine, takesTheUsersWishes)
 
 TEST(CommandLine, takesIntervalsFromNothingToElevenDays)
 {
-    EXPECT_EQ(parse({"--interval", "0"})->interval, 0s);
-    EXPECT_EQ(parse({"--interval", "1e6"})->interval, 1'000'000s);
+    EXPECT_EQ(parseWords({"--interval", "0"})->interval, 0s);
+    EXPECT_EQ(parseWords({"--interval", "1e6"})->interval, 1'000'000s);
     for (char const* const interval : {"-1", "1000001", "nan", "inf", "x", ""}) {
         SCOPED_TRACE(interval);
-        EXPECT_THROW(parse({"--interval", interval}), std::runtime_error);
+        EXPECT_THROW(parseWords({"--interval", interval}), std::runtime_error);
     }
 }
 
@@ -68,7 +68,7 @@ TEST(CommandLine, refusesWhatItDoesntKnowInOneLine)
     for (auto const& arguments : wrong) {
         SCOPED_TRACE(arguments.front());
         try {
-            parse(arguments);
+            parseWords(arguments);
             ADD_FAILURE() << "isn't refused";
         } catch (std::runtime_error const& failure) {
             EXPECT_EQ(std::string(failure.what()).find('\n'), std::string::npos) << failure.what();
@@ -79,7 +79,7 @@ TEST(CommandLine, refusesWhatItDoesntKnowInOneLine)
 TEST(CommandLine, showsItsOptionsWhenItIsAskedForHelp)
 {
     std::optional<Options> options = Options();
-    std::string const help = printedBy([&] { options = parse({"--help"}); });
+    std::string const help = printedBy([&] { options = parseWords({"--help"}); });
 
     EXPECT_FALSE(options);
     for (char const* const option : {"--config FILE", "--interval SECONDS", "--samples N", "--summary", "--list"})

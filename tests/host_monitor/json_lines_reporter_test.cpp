@@ -25,7 +25,7 @@ using Zelm::Testing::throwsText;
 
 namespace {
 
-std::shared_ptr<MemoryReading> reading(long sequence)
+std::shared_ptr<MemoryReading> numberedReading(long sequence)
 {
     auto const result = std::make_shared<MemoryReading>();
     result->senderID = componentAddress("memory", "m");
@@ -72,7 +72,7 @@ TEST_F(JsonLinesReporterTest, writesEachMessageAsALineAndAllOfThemBeforeItEnds)
     start(reporter);
     std::string expected;
     for (long i = 1; i <= 20; ++i) {
-        dispatcher->dispatchMessage(reading(i));
+        dispatcher->dispatchMessage(numberedReading(i));
         expected += lineOf(i);
     }
     reporter.endLifeCycle();
@@ -95,7 +95,7 @@ TEST_F(JsonLinesReporterTest, appendsAfterANewStart)
     JsonLinesReporter reporter({directory / "log"});
     for (long const sequence : {1L, 2L}) {
         start(reporter);
-        dispatcher->dispatchMessage(reading(sequence));
+        dispatcher->dispatchMessage(numberedReading(sequence));
         reporter.endLifeCycle();
     }
 
@@ -107,7 +107,7 @@ TEST_F(JsonLinesReporterTest, publishesThatTheDiskIsFull)
 {
     JsonLinesReporter reporter({"/dev/full"});
     start(reporter);
-    dispatcher->dispatchMessage(reading(1));
+    dispatcher->dispatchMessage(numberedReading(1));
     reporter.endLifeCycle();
 
     auto const failure = std::dynamic_pointer_cast<FailureMessage const>(dispatcher->messages().back());

@@ -21,7 +21,7 @@ std::array<long, 9> row(CpuTimes const& times)
             number(times.irq),       number(times.softIrq), number(times.steal)};
 }
 
-std::vector<std::array<long, 9>> parse(std::string_view text)
+std::vector<std::array<long, 9>> parseRows(std::string_view text)
 {
     std::vector<std::array<long, 9>> rows;
     for (auto const& times : parseCpuTimes(text))
@@ -35,11 +35,11 @@ using Times = std::array<long, 9>;
 
 TEST(CpuTimes, areReadForTheSumAndEachCore)
 {
-    auto const rows = parse("cpu  11 22 33 44 55 66 77 88 9 10\n"
-                            "cpu0 1 2 3 4 5 6 7 8 1 2\n"
-                            "cpu10 10 20 30 40 50 60 70 80 8 8\n"
-                            "intr 332367 0 0\n"
-                            "ctxt 653621\n");
+    auto const rows = parseRows("cpu  11 22 33 44 55 66 77 88 9 10\n"
+                                "cpu0 1 2 3 4 5 6 7 8 1 2\n"
+                                "cpu10 10 20 30 40 50 60 70 80 8 8\n"
+                                "intr 332367 0 0\n"
+                                "ctxt 653621\n");
 
     EXPECT_THAT(rows, ElementsAre(Times{-1, 11, 22, 33, 44, 55, 66, 77, 88}, Times{0, 1, 2, 3, 4, 5, 6, 7, 8},
                                   Times{10, 10, 20, 30, 40, 50, 60, 70, 80}));
@@ -47,13 +47,13 @@ TEST(CpuTimes, areReadForTheSumAndEachCore)
 
 TEST(CpuTimes, thatAnOldKernelDoesntCountAreZero)
 {
-    EXPECT_THAT(parse("cpu 1 2 3 4\ncpu0 1 2 3 4 5\n"),
+    EXPECT_THAT(parseRows("cpu 1 2 3 4\ncpu0 1 2 3 4 5\n"),
                 ElementsAre(Times{-1, 1, 2, 3, 4, 0, 0, 0, 0}, Times{0, 1, 2, 3, 4, 5, 0, 0, 0}));
 }
 
 TEST(CpuTimes, areReadFromALastLineWithoutLineFeed)
 {
-    EXPECT_THAT(parse("cpu 1 2 3 4"), ElementsAre(Times{-1, 1, 2, 3, 4, 0, 0, 0, 0}));
+    EXPECT_THAT(parseRows("cpu 1 2 3 4"), ElementsAre(Times{-1, 1, 2, 3, 4, 0, 0, 0, 0}));
 }
 
 TEST(CpuTimes, leaveOutLinesThatCantBeRead)
@@ -78,13 +78,13 @@ TEST(CpuTimes, leaveOutLinesThatCantBeRead)
     };
     for (auto const& row : rows) {
         SCOPED_TRACE(row.why);
-        EXPECT_THAT(parse(row.line + "\ncpu1 1 2 3 4\n"), ElementsAre(Times{1, 1, 2, 3, 4, 0, 0, 0, 0}));
+        EXPECT_THAT(parseRows(row.line + "\ncpu1 1 2 3 4\n"), ElementsAre(Times{1, 1, 2, 3, 4, 0, 0, 0, 0}));
     }
 }
 
 TEST(CpuTimes, countTheFirstOfTwoLinesForOneCore)
 {
-    EXPECT_THAT(parse("cpu0 1 1 1 1\ncpu0 2 2 2 2\n"), ElementsAre(Times{0, 1, 1, 1, 1, 0, 0, 0, 0}));
+    EXPECT_THAT(parseRows("cpu0 1 1 1 1\ncpu0 2 2 2 2\n"), ElementsAre(Times{0, 1, 1, 1, 1, 0, 0, 0, 0}));
 }
 
 TEST(CpuTimes, areEmptyForOtherText)

@@ -22,17 +22,17 @@ using namespace std::chrono_literals;
 
 namespace {
 
-Address const sender{"board", "memory", "m1"};
+Address const ownAddress{"board", "memory", "m1"};
 
 class ReadingPublisherTest : public ::testing::Test {
 protected:
     void start(Schedule const& schedule)
     {
-        publisher.start(dispatcher, sender, schedule, [] { return std::make_shared<MemoryReading>(); });
+        publisher.start(dispatcher, ownAddress, schedule, [] { return std::make_shared<MemoryReading>(); });
     }
     void startWith(ReadingPublisher::TakeReading takeReading)
     {
-        publisher.start(dispatcher, sender, {0us, 5}, takeReading);
+        publisher.start(dispatcher, ownAddress, {0us, 5}, takeReading);
     }
 
     /// What a FailureMessage said, if the last message is one.
@@ -60,13 +60,13 @@ TEST_F(ReadingPublisherTest, publishesSoManyReadingsInSequenceAndThenThatItHasFi
         auto const reading = std::dynamic_pointer_cast<MemoryReading const>(messages[i]);
         ASSERT_TRUE(reading);
         EXPECT_EQ(reading->sequence(), static_cast<long>(i + 1));
-        EXPECT_EQ(reading->senderID(), sender);
+        EXPECT_EQ(reading->senderID(), ownAddress);
         EXPECT_EQ(reading->destID(), alarmService());
     }
     auto const finished = std::dynamic_pointer_cast<FinishedMessage const>(messages[3]);
     ASSERT_TRUE(finished);
     EXPECT_EQ(finished->published(), 3);
-    EXPECT_EQ(finished->senderID(), sender);
+    EXPECT_EQ(finished->senderID(), ownAddress);
     EXPECT_EQ(publisher.published(), 3U);
 }
 
@@ -85,7 +85,7 @@ TEST_F(ReadingPublisherTest, takesNoReadingBeforeTheFirstPeriodIsOver)
 TEST_F(ReadingPublisherTest, hasPublishedAllThatItTookWhenItIsStopped)
 {
     std::atomic<long> taken{0};
-    publisher.start(dispatcher, sender, {1us, 0}, [&] {
+    publisher.start(dispatcher, ownAddress, {1us, 0}, [&] {
         ++taken;
         return std::make_shared<MemoryReading>();
     });
@@ -124,7 +124,7 @@ TEST_F(ReadingPublisherTest, tellsThatItCantGoOnInPlaceOfItsEnd)
 
     EXPECT_EQ(dispatcher->messages().size(), 3U);
     EXPECT_EQ(lastFailure(), "the probe is loose");
-    EXPECT_EQ(dispatcher->messages().back()->senderID(), sender);
+    EXPECT_EQ(dispatcher->messages().back()->senderID(), ownAddress);
     EXPECT_EQ(publisher.published(), 2U);
 }
 
@@ -161,7 +161,7 @@ TEST_F(ReadingPublisherTest, stopsWhenItGoes)
 {
     {
         ReadingPublisher shortLived;
-        shortLived.start(dispatcher, sender, {24h, 0}, [] { return std::make_shared<MemoryReading>(); });
+        shortLived.start(dispatcher, ownAddress, {24h, 0}, [] { return std::make_shared<MemoryReading>(); });
     }
     EXPECT_EQ(dispatcher->messages().size(), 1U);
 }

@@ -14,10 +14,10 @@ using ::testing::ElementsAre;
 
 namespace {
 
-constexpr std::size_t wide = 1000;
+constexpr std::size_t wideEnough = 1000;
 
 /// The lines without the first, the time, which depends on the time zone.
-std::vector<std::string> linesOf(Sample const& sample, std::size_t width = wide)
+std::vector<std::string> sampleRows(Sample const& sample, std::size_t width = wideEnough)
 {
     auto lines = sampleLines(sample, width);
     lines.erase(lines.begin());
@@ -50,13 +50,13 @@ public:
 
 TEST(SampleText, showsAReadingsOwnFieldsAndThenItsLists)
 {
-    EXPECT_THAT(linesOf({cpuReading()}), ElementsAre("",                //
-                                                     "cpu",             //
-                                                     "  load %",        //
-                                                     "    12.5",        //
-                                                     "  core  load %",  //
-                                                     "     0    10.0",  //
-                                                     "     1       -"));
+    EXPECT_THAT(sampleRows({cpuReading()}), ElementsAre("",                //
+                                                        "cpu",             //
+                                                        "  load %",        //
+                                                        "    12.5",        //
+                                                        "  core  load %",  //
+                                                        "     0    10.0",  //
+                                                        "     1       -"));
 }
 
 TEST(SampleText, showsReadingsInTheirOrder)
@@ -66,7 +66,7 @@ TEST(SampleText, showsReadingsInTheirOrder)
     auto const second = std::make_shared<MemoryReading>();
     second->senderID = {"board", "kind", "a"};
 
-    EXPECT_THAT(linesOf({first, second}), ElementsAre("", "z", "", "a"));
+    EXPECT_THAT(sampleRows({first, second}), ElementsAre("", "z", "", "a"));
 }
 
 TEST(SampleText, putsTextsInFrontAndErrorsLast)
@@ -81,11 +81,11 @@ TEST(SampleText, putsTextsInFrontAndErrorsLast)
     bad.error = "No such file or directory";
     reading->fileSystems = {good, bad};
 
-    EXPECT_THAT(linesOf({reading}), ElementsAre("",                               //
-                                                "disk",                           //
-                                                "  mount point     free  error",  //
-                                                "  /            1.0 KiB  -",      //
-                                                "  /absent            -  No such file or directory"));
+    EXPECT_THAT(sampleRows({reading}), ElementsAre("",                               //
+                                                   "disk",                           //
+                                                   "  mount point     free  error",  //
+                                                   "  /            1.0 KiB  -",      //
+                                                   "  /absent            -  No such file or directory"));
 }
 
 TEST(SampleText, saysWhyNothingWasMeasured)
@@ -94,7 +94,7 @@ TEST(SampleText, saysWhyNothingWasMeasured)
     reading->senderID = {"board", "kind", "memory"};
     reading->error = "/proc/meminfo: Permission denied";
 
-    EXPECT_THAT(linesOf({reading}), ElementsAre("", "memory", "  error", "  /proc/meminfo: Permission denied"));
+    EXPECT_THAT(sampleRows({reading}), ElementsAre("", "memory", "  error", "  /proc/meminfo: Permission denied"));
 }
 
 TEST(SampleText, showsReadingsThatItHasNeverHeardOf)
@@ -102,14 +102,14 @@ TEST(SampleText, showsReadingsThatItHasNeverHeardOf)
     auto const reading = std::make_shared<OtherReading>();
     reading->senderID = {"board", "kind", "other"};
 
-    EXPECT_THAT(linesOf({reading}), ElementsAre("", "other", "  state  tags", "  good   a, b"));
+    EXPECT_THAT(sampleRows({reading}), ElementsAre("", "other", "  state  tags", "  good   a, b"));
 }
 
 TEST(SampleText, dividesTablesThatAreTooWide)
 {
-    EXPECT_THAT(linesOf({cpuReading()}, 13), ElementsAre("", "cpu", "  load %", "    12.5",  //
-                                                         "  core", "     0", "     1",       //
-                                                         "  load %", "    10.0", "       -"));
+    EXPECT_THAT(sampleRows({cpuReading()}, 13), ElementsAre("", "cpu", "  load %", "    12.5",  //
+                                                            "  core", "     0", "     1",       //
+                                                            "  load %", "    10.0", "       -"));
 }
 
 TEST(SampleText, letsNoSensorIdDisturbTheTerminal)
@@ -117,7 +117,7 @@ TEST(SampleText, letsNoSensorIdDisturbTheTerminal)
     auto const reading = std::make_shared<MemoryReading>();
     reading->senderID = {"board", "kind", "\x1b[2J"};
 
-    EXPECT_THAT(linesOf({reading}), ElementsAre("", "?[2J"));
+    EXPECT_THAT(sampleRows({reading}), ElementsAre("", "?[2J"));
 }
 
 TEST(SampleText, beginsWithTheLocalTimeOfTheNewestReading)
@@ -132,7 +132,7 @@ TEST(SampleText, beginsWithTheLocalTimeOfTheNewestReading)
     char expected[64];
     std::strftime(expected, sizeof expected, "%Y-%m-%d %H:%M:%S", &local);
 
-    EXPECT_EQ(sampleLines({newer, older}, wide).front(), expected);
+    EXPECT_EQ(sampleLines({newer, older}, wideEnough).front(), expected);
 }
 
 TEST(SampleText, bearsATimeBeyondTheCalendar)
@@ -140,7 +140,7 @@ TEST(SampleText, bearsATimeBeyondTheCalendar)
     auto const reading = std::make_shared<MemoryReading>();
     reading->time = std::numeric_limits<long>::max();
 
-    EXPECT_NE(sampleLines({reading}, wide).front(), "");
+    EXPECT_NE(sampleLines({reading}, wideEnough).front(), "");
 }
 
 }  // namespace HostMonitor

@@ -1,5 +1,7 @@
 #include "alarms/threshold.h"
 
+#include "threshold_sides.h"
+
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -7,6 +9,9 @@
 namespace HostMonitor {
 
 namespace {
+
+using Testing::above;
+using Testing::below;
 
 struct Step {
     double value;
@@ -20,8 +25,6 @@ struct Row {
     std::vector<Step> steps;
 };
 
-constexpr auto above = Threshold::Side::Above;
-constexpr auto below = Threshold::Side::Below;
 std::optional<bool> const raised = true;
 std::optional<bool> const cleared = false;
 std::optional<bool> const nothing;

@@ -1,5 +1,7 @@
 #include "alarms/watch.h"
 
+#include "threshold_sides.h"
+
 #include "host_monitor/host_readings.h"
 
 #include <gmock/gmock.h>
@@ -12,10 +14,10 @@ using ::testing::IsEmpty;
 
 namespace {
 
-constexpr auto above = Threshold::Side::Above;
-constexpr auto below = Threshold::Side::Below;
+using Testing::above;
+using Testing::below;
 
-CpuReading& set(CpuReading& reading, double load, std::string const& sensor = "cpu")
+CpuReading& setReading(CpuReading& reading, double load, std::string const& sensor = "cpu")
 {
     reading.senderID = {"board", "cpu", sensor};
     reading.sequence = 7;
@@ -39,7 +41,7 @@ TEST(Watch, makesAnAlarmThatSaysWhatCrossedWhichLimit)
 {
     Watch watch({{"cpu", "loadPercent", above, 90, 0}});
     CpuReading reading;
-    auto const alarms = watch.examine(set(reading, 97.5));
+    auto const alarms = watch.examine(setReading(reading, 97.5));
 
     ASSERT_EQ(alarms.size(), 1U);
     auto const& alarm = *alarms.front();
@@ -58,11 +60,11 @@ TEST(Watch, makesAnAlarmForEachCrossingAndNoneInBetween)
     Watch watch({{"cpu", "loadPercent", above, 90, 10}});
     CpuReading reading;
 
-    EXPECT_THAT(alarmsOf(watch, set(reading, 50)), IsEmpty());
-    EXPECT_THAT(alarmsOf(watch, set(reading, 91)), ElementsAre(std::pair("loadPercent", true)));
-    EXPECT_THAT(alarmsOf(watch, set(reading, 99)), IsEmpty());
-    EXPECT_THAT(alarmsOf(watch, set(reading, 85)), IsEmpty());
-    EXPECT_THAT(alarmsOf(watch, set(reading, 80)), ElementsAre(std::pair("loadPercent", false)));
+    EXPECT_THAT(alarmsOf(watch, setReading(reading, 50)), IsEmpty());
+    EXPECT_THAT(alarmsOf(watch, setReading(reading, 91)), ElementsAre(std::pair("loadPercent", true)));
+    EXPECT_THAT(alarmsOf(watch, setReading(reading, 99)), IsEmpty());
+    EXPECT_THAT(alarmsOf(watch, setReading(reading, 85)), IsEmpty());
+    EXPECT_THAT(alarmsOf(watch, setReading(reading, 80)), ElementsAre(std::pair("loadPercent", false)));
 }
 
 TEST(Watch, looksAtTheReadingsOfTheSensorAlone)
@@ -70,7 +72,7 @@ TEST(Watch, looksAtTheReadingsOfTheSensorAlone)
     Watch watch({{"cpu", "loadPercent", above, 90, 0}});
     CpuReading reading;
 
-    EXPECT_THAT(alarmsOf(watch, set(reading, 99, "another")), IsEmpty());
+    EXPECT_THAT(alarmsOf(watch, setReading(reading, 99, "another")), IsEmpty());
     EXPECT_THAT(watch.sensors(), ElementsAre("cpu"));
 }
 
@@ -79,16 +81,16 @@ TEST(Watch, keepsSeveralThresholdsOfOneFieldApart)
     Watch watch({{"cpu", "loadPercent", above, 50, 0}, {"cpu", "loadPercent", above, 90, 0}});
     CpuReading reading;
 
-    EXPECT_EQ(watch.examine(set(reading, 60)).size(), 1U);
-    EXPECT_EQ(watch.examine(set(reading, 95)).size(), 1U);
-    EXPECT_EQ(watch.examine(set(reading, 40)).size(), 2U);
+    EXPECT_EQ(watch.examine(setReading(reading, 60)).size(), 1U);
+    EXPECT_EQ(watch.examine(setReading(reading, 95)).size(), 1U);
+    EXPECT_EQ(watch.examine(setReading(reading, 40)).size(), 2U);
 }
 
 TEST(Watch, takesTheRowOfAListThatIsFurthestBeyondTheLimit)
 {
     Watch watch({{"cpu", "cores.loadPercent", above, 90, 0}, {"cpu", "cores.loadPercent", below, 20, 0}});
     CpuReading reading;
-    set(reading, 50);
+    setReading(reading, 50);
     for (double const load : {50.0, 95.0, 92.0, 10.0}) {
         auto& core = reading.cores.edit().emplace_back();
         core.loadPercent = load;
@@ -107,11 +109,11 @@ TEST(Watch, changesNothingWhereAFieldHasNoValue)
 {
     Watch watch({{"cpu", "loadPercent", above, 90, 0}});
     CpuReading reading;
-    EXPECT_EQ(watch.examine(set(reading, 95)).size(), 1U);
+    EXPECT_EQ(watch.examine(setReading(reading, 95)).size(), 1U);
 
     reading.loadPercent.reset();
     EXPECT_THAT(watch.examine(reading), IsEmpty());
-    EXPECT_EQ(watch.examine(set(reading, 10)).size(), 1U);
+    EXPECT_EQ(watch.examine(setReading(reading, 10)).size(), 1U);
 }
 
 TEST(Watch, findsNothingUnderNamesOfOtherThings)
@@ -122,7 +124,7 @@ TEST(Watch, findsNothingUnderNamesOfOtherThings)
                  {"cpu", "cores..core", above, -1, 0},
                  {"cpu", "", above, -1, 0}});
     CpuReading reading;
-    set(reading, 95).cores.edit().emplace_back();
+    setReading(reading, 95).cores.edit().emplace_back();
 
     EXPECT_THAT(watch.examine(reading), IsEmpty());
 }
@@ -131,7 +133,7 @@ TEST(Watch, warnsOnceOfAFieldThatTenReadingsDontHave)
 {
     Watch watch({{"cpu", "loadPercnt", above, 90, 0}, {"cpu", "loadPercent", above, 90, 0}});
     CpuReading reading;
-    set(reading, 50);
+    setReading(reading, 50);
 
     for (int i = 0; i < 9; ++i)
         watch.examine(reading);
@@ -154,7 +156,7 @@ TEST(Watch, doesntWarnOfReadingsThatCouldntBeTakenNorOfAFieldThatWasThereBefore)
     EXPECT_THAT(watch.takeWarnings(), IsEmpty());
 
     CpuReading reading;
-    watch.examine(set(reading, 50));
+    watch.examine(setReading(reading, 50));
     CpuReading without;
     without.senderID = {"board", "cpu", "cpu"};
     for (int i = 0; i < 20; ++i)

@@ -19,74 +19,74 @@ using Zelm::MetaData::Object;
 
 namespace {
 
-[[noreturn]] void fail(std::string const& text)
+[[noreturn]] void refuse(std::string const& text)
 {
     throw Zelm::Exception::InvalidParameter(text);
 }
 
-Object readObject(std::string const& text, std::string const& place)
+Object parseObject(std::string const& text, std::string const& place)
 {
     std::istringstream stream(text);
     Object object;
     try {
         Zelm::MetaData::ReaderJson::Read(object, stream);
     } catch (std::exception const&) {
-        fail(place + " is no JSON object: " + text);
+        refuse(place + " is no JSON object: " + text);
     }
     return object;
 }
 
-void refuseUnknownMembers(Object const& object, std::string const& place)
+void refuseStrangeMembers(Object const& object, std::string const& place)
 {
     constexpr std::array<std::string_view, 5> known{"sensor", "field", "above", "below", "hysteresis"};
     for (auto const& member : object)
         if (std::find(known.begin(), known.end(), member.name()) == known.end())
-            fail("unknown member \"" + member.name() + "\" in " + place);
+            refuse("unknown member \"" + member.name() + "\" in " + place);
 }
 
-std::string const& requireText(Object const& object, std::string const& name, std::string const& place)
+std::string const& textMember(Object const& object, std::string const& name, std::string const& place)
 {
     auto const member = object.find(name);
     if (member == object.end())
-        fail("\"" + name + "\" is missing in " + place);
+        refuse("\"" + name + "\" is missing in " + place);
     if (member->element().GetElementType() != ElementType::String || member->element().asString().empty())
-        fail("\"" + name + "\" must be a string that isn't empty in " + place);
+        refuse("\"" + name + "\" must be a string that isn't empty in " + place);
     return member->element().asString();
 }
 
-double numberIn(Element const& element, std::string const& name, std::string const& place)
+double numberMember(Element const& element, std::string const& name, std::string const& place)
 {
     bool const isNumber =
         element.GetElementType() == ElementType::Number || element.GetElementType() == ElementType::Integer;
     if (!isNumber || !std::isfinite(element.asDouble()))
-        fail("\"" + name + "\" must be a number in " + place);
+        refuse("\"" + name + "\" must be a number in " + place);
     return element.asDouble();
 }
 
 double readHysteresis(Object const& object, std::string const& place)
 {
     auto const member = object.find("hysteresis");
-    double const hysteresis = member == object.end() ? 0 : numberIn(member->element(), "hysteresis", place);
+    double const hysteresis = member == object.end() ? 0 : numberMember(member->element(), "hysteresis", place);
     if (hysteresis < 0)
-        fail("\"hysteresis\" must not be negative in " + place);
+        refuse("\"hysteresis\" must not be negative in " + place);
     return hysteresis;
 }
 
 Threshold parseThreshold(std::string const& text, std::string const& place)
 {
-    auto const object = readObject(text, place);
-    refuseUnknownMembers(object, place);
-    auto const& sensor = requireText(object, "sensor", place);
-    auto const& field = requireText(object, "field", place);
+    auto const object = parseObject(text, place);
+    refuseStrangeMembers(object, place);
+    auto const& sensor = textMember(object, "sensor", place);
+    auto const& field = textMember(object, "field", place);
 
     auto const above = object.find("above");
     auto const below = object.find("below");
     if ((above == object.end()) == (below == object.end()))
-        fail("one of \"above\" and \"below\" has to stand in " + place);
+        refuse("one of \"above\" and \"below\" has to stand in " + place);
     double const hysteresis = readHysteresis(object, place);
     if (above != object.end())
-        return {sensor, field, Threshold::Side::Above, numberIn(above->element(), "above", place), hysteresis};
-    return {sensor, field, Threshold::Side::Below, numberIn(below->element(), "below", place), hysteresis};
+        return {sensor, field, Threshold::Side::Above, numberMember(above->element(), "above", place), hysteresis};
+    return {sensor, field, Threshold::Side::Below, numberMember(below->element(), "below", place), hysteresis};
 }
 
 }  // namespace
@@ -94,7 +94,7 @@ Threshold parseThreshold(std::string const& text, std::string const& place)
 std::vector<Threshold> parseThresholds(std::vector<std::string> const& arguments)
 {
     if (arguments.empty())
-        fail("there are no thresholds");
+        refuse("there are no thresholds");
     std::vector<Threshold> thresholds;
     thresholds.reserve(arguments.size());
     for (auto const& argument : arguments)

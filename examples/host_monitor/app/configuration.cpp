@@ -46,7 +46,7 @@ void refuseTextBehind(std::istream& stream)
 }
 
 /// The reader's words, in which every byte that could do harm on a terminal, or that it wouldn't show, is a number.
-std::string printable(std::string const& text)
+std::string withBytesAsNumbers(std::string const& text)
 {
     constexpr char const* digits = "0123456789ABCDEF";
     std::string result;
@@ -83,11 +83,11 @@ Object readObject(std::string const& text)
         // The reader takes the end of the text for a byte 0xFF, which no message should show.
         if (failure.errorPosition().documentOffset >= text.size())
             failAt(failure.errorPosition(), "the text ends before the closing brace");
-        failAt(failure.errorPosition(), printable(failure.what()));
+        failAt(failure.errorPosition(), withBytesAsNumbers(failure.what()));
     } catch (ReaderJson::ParseException const& failure) {
-        failAt(failure.tokenStart(), printable(failure.what()));
+        failAt(failure.tokenStart(), withBytesAsNumbers(failure.what()));
     } catch (Zelm::Exception::InvalidParameter const& failure) {
-        fail(printable(failure.what()));  // a name that stands there twice
+        fail(withBytesAsNumbers(failure.what()));  // a name that stands there twice
     } catch (std::bad_alloc const&) {
         fail("a string has no closing quotation mark");  // the reader's way of saying so
     }
@@ -146,7 +146,7 @@ Configuration::Component readComponent(Element const& element, std::string const
     return {requireText(object, "id", place), requireText(object, "type", place), readArguments(object, place)};
 }
 
-std::string readFile(std::string const& path)
+std::string contentOf(std::string const& path)
 {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> const file(std::fopen(path.c_str(), "re"), &std::fclose);
     std::string content;
@@ -190,7 +190,7 @@ Configuration parseConfiguration(std::string const& text)
 Configuration readConfiguration(std::string const& path)
 {
     try {
-        return parseConfiguration(readFile(path));
+        return parseConfiguration(contentOf(path));
     } catch (std::runtime_error const& failure) {
         throw std::runtime_error((path.empty() ? "\"\"" : path) + ": " + failure.what());
     }

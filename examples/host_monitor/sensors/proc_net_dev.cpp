@@ -15,7 +15,7 @@ constexpr std::size_t countersInARow = 16;
 constexpr std::size_t firstSent = 8;
 constexpr std::size_t countersUsed = 4;
 
-std::string printable(std::string_view name)
+std::string printableName(std::string_view name)
 {
     std::string result(name);
     auto const isControl = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; };
@@ -48,7 +48,7 @@ std::optional<InterfaceCounters> parseInterface(std::string_view line)
     InterfaceCounters result;
     if (name.empty() || !parseCounters(line.substr(colon + 1), result))
         return std::nullopt;
-    result.name = printable(name);
+    result.name = printableName(name);
     return result;
 }
 
