@@ -62,14 +62,14 @@ std::ostream& operator<<(std::ostream& out, Outcome const& outcome)
     return out << outcome.result << ", memory: " << ::testing::PrintToString(outcome.memory);
 }
 
-constexpr std::size_t guard = 8;
+constexpr std::size_t guardBytes = 8;
 
 template <class Decode> Outcome outcomeOf(std::string const& text, unsigned long size, Decode decode)
 {
     Outcome outcome;
-    outcome.memory.assign(size + 2 * guard, untouched);
+    outcome.memory.assign(size + 2 * guardBytes, untouched);
     try {
-        outcome.result = decode(text, outcome.memory.data() + guard, size) ? "true" : "false";
+        outcome.result = decode(text, outcome.memory.data() + guardBytes, size) ? "true" : "false";
     } catch (Exception::InvalidParameter const& error) {
         outcome.result = error.what();
     }
@@ -286,7 +286,7 @@ TEST(DecodeBase64, throwsForALengthThatIsNoMultipleOfFourWhateverTheSizeIs)
     for (unsigned long size : {0ul, 2ul, 3ul, 100ul}) {
         Outcome const outcome = outcomeOf("abc", size, decodeBase64);
         EXPECT_EQ(outcome.result, "Invalid Parameter: base64 data length is not a multiple of 4");
-        EXPECT_EQ(outcome.memory, Bytes(size + 2 * guard, untouched));
+        EXPECT_EQ(outcome.memory, Bytes(size + 2 * guardBytes, untouched));
     }
 }
 
@@ -295,9 +295,9 @@ TEST(DecodeBase64, isFalseAndLeavesTheBufferAloneIfItsSizeIsWrong)
     for (char const* text : {"YWJj", "****", "YQ=A"})
         for (unsigned long size : {0ul, 2ul, 4ul}) {
             SCOPED_TRACE(text);
-            EXPECT_EQ(outcomeOf(text, size, decodeBase64), (Outcome{"false", Bytes(size + 2 * guard, untouched)}));
+            EXPECT_EQ(outcomeOf(text, size, decodeBase64), (Outcome{"false", Bytes(size + 2 * guardBytes, untouched)}));
         }
-    EXPECT_EQ(outcomeOf("", 1, decodeBase64), (Outcome{"false", Bytes(1 + 2 * guard, untouched)}));
+    EXPECT_EQ(outcomeOf("", 1, decodeBase64), (Outcome{"false", Bytes(1 + 2 * guardBytes, untouched)}));
 }
 
 TEST(DecodeBase64, throwsForWhatIsMalformed)
@@ -365,7 +365,7 @@ TEST(DecodeBase64, writesTheGroupsBeforeTheBadOneAndNothingElse)
             ASSERT_EQ(outcome, outcomeOf(text, 75, decodePlainly)) << "fault at " << place;
             if (place < good.size() - 4) {
                 std::size_t const written = place / 4 * 3;
-                ASSERT_TRUE(std::all_of(outcome.memory.begin() + static_cast<std::ptrdiff_t>(guard + written),
+                ASSERT_TRUE(std::all_of(outcome.memory.begin() + static_cast<std::ptrdiff_t>(guardBytes + written),
                                         outcome.memory.end(), [](auto byte) { return byte == untouched; }))
                     << "fault at " << place;
             }
@@ -375,12 +375,12 @@ TEST(DecodeBase64, writesTheGroupsBeforeTheBadOneAndNothingElse)
 TEST(DecodeBase64, writesTheFirstBytesOfALastGroupThatTurnsOutBad)
 {
     EXPECT_EQ(outcomeOf("/w=A", 3, decodeBase64), outcomeOf("/w=A", 3, decodePlainly));
-    EXPECT_EQ(outcomeOf("/w=A", 3, decodeBase64).memory[guard], 0xFF);
-    EXPECT_EQ(outcomeOf("/w=A", 3, decodeBase64).memory[guard + 1], untouched);
-    EXPECT_EQ(outcomeOf("//8*", 3, decodeBase64).memory[guard + 1], 0xFF);
-    EXPECT_EQ(outcomeOf("//8*", 3, decodeBase64).memory[guard + 2], untouched);
-    EXPECT_EQ(outcomeOf("//*=", 2, decodeBase64).memory[guard], 0xFF);
-    EXPECT_EQ(outcomeOf("//*=", 2, decodeBase64).memory[guard + 1], untouched);
+    EXPECT_EQ(outcomeOf("/w=A", 3, decodeBase64).memory[guardBytes], 0xFF);
+    EXPECT_EQ(outcomeOf("/w=A", 3, decodeBase64).memory[guardBytes + 1], untouched);
+    EXPECT_EQ(outcomeOf("//8*", 3, decodeBase64).memory[guardBytes + 1], 0xFF);
+    EXPECT_EQ(outcomeOf("//8*", 3, decodeBase64).memory[guardBytes + 2], untouched);
+    EXPECT_EQ(outcomeOf("//*=", 2, decodeBase64).memory[guardBytes], 0xFF);
+    EXPECT_EQ(outcomeOf("//*=", 2, decodeBase64).memory[guardBytes + 1], untouched);
 }
 
 TEST(DecodeBase64, neverWritesBehindTheBufferHoweverMuchPaddingThereIs)

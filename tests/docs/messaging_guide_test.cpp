@@ -18,7 +18,7 @@ using ::testing::Contains;
 using ::testing::HasSubstr;
 
 std::string const example = ZELM_SOURCE_DIR "/examples/message_patterns/";
-std::string const expectedOutput = "expected_output.txt";
+std::string const expectedOutputName = "expected_output.txt";
 
 std::string guide()
 {
@@ -64,7 +64,7 @@ TEST(MessagingGuide, showsPiecesOfTheExampleAsTheyAre)
 {
     for (auto const& block : fencedBlocks(guide())) {
         SCOPED_TRACE(block.name);
-        if (block.name != expectedOutput) {
+        if (block.name != expectedOutputName) {
             EXPECT_EQ(block.language, "cpp");
             EXPECT_EQ(block.text, quotedPiece(block.name));
         }
@@ -73,10 +73,10 @@ TEST(MessagingGuide, showsPiecesOfTheExampleAsTheyAre)
 
 TEST(MessagingGuide, showsWhatTheExamplePrints)
 {
-    std::string const printed = '\n' + readFile(example + expectedOutput);
+    std::string const printed = '\n' + readFile(example + expectedOutputName);
     int shown = 0;
     for (auto const& block : fencedBlocks(guide())) {
-        if (block.name != expectedOutput)
+        if (block.name != expectedOutputName)
             continue;
         ++shown;
         EXPECT_EQ(block.language, "text");

@@ -14,7 +14,7 @@ struct Task {
     std::exception_ptr failure;
 };
 
-void* run(void* argument)
+void* runOnThisStack(void* argument)
 {
     auto& task = *static_cast<Task*>(argument);
     try {
@@ -40,7 +40,7 @@ void onASmallStack(std::function<void()> const& call)
     check(pthread_attr_init(&attributes));
     check(pthread_attr_setstacksize(&attributes, smallStackBytes));
     pthread_t thread;
-    check(pthread_create(&thread, &attributes, run, &task));
+    check(pthread_create(&thread, &attributes, runOnThisStack, &task));
     check(pthread_join(thread, nullptr));
     pthread_attr_destroy(&attributes);
     if (task.failure)

@@ -19,13 +19,13 @@ static_assert(sizeof(ConnectionInterface) == sizeof(void*), "no data");
 using Zelm::Testing::slotOf;
 
 // Taken while this program's own static objects are being made.
-std::string const websocketAtLoad = ConnectionInterface::WebsocketType;
-std::string const hostMemBridgeAtLoad = ConnectionInterface::HostMemBridgeType;
+std::string const connectionWebsocketAtLoad = ConnectionInterface::WebsocketType;
+std::string const connectionHostMemBridgeAtLoad = ConnectionInterface::HostMemBridgeType;
 
 TEST(Connection, hasItsTypeNamesFromTheMomentTheLibraryIsLoaded)
 {
-    EXPECT_EQ(websocketAtLoad, "Connection_Websocket");
-    EXPECT_EQ(hostMemBridgeAtLoad, "Connection_HostMemBridge");
+    EXPECT_EQ(connectionWebsocketAtLoad, "Connection_Websocket");
+    EXPECT_EQ(connectionHostMemBridgeAtLoad, "Connection_HostMemBridge");
 }
 
 struct BehindConnection : ConnectionInterface {

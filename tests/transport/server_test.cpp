@@ -18,13 +18,13 @@ static_assert(sizeof(ServerInterface) == sizeof(void*), "no data");
 using Zelm::Testing::slotOf;
 
 // Taken while this program's own static objects are being made.
-std::string const websocketAtLoad = ServerInterface::WebsocketType;
-std::string const hostMemBridgeAtLoad = ServerInterface::HostMemBridgeType;
+std::string const serverWebsocketAtLoad = ServerInterface::WebsocketType;
+std::string const serverHostMemBridgeAtLoad = ServerInterface::HostMemBridgeType;
 
 TEST(Server, hasItsTypeNamesFromTheMomentTheLibraryIsLoaded)
 {
-    EXPECT_EQ(websocketAtLoad, "Server_Websocket");
-    EXPECT_EQ(hostMemBridgeAtLoad, "Server_HostMemBridge");
+    EXPECT_EQ(serverWebsocketAtLoad, "Server_Websocket");
+    EXPECT_EQ(serverHostMemBridgeAtLoad, "Server_HostMemBridge");
 }
 
 TEST(Server, hasTypeNamesOfItsOwnThatDifferFromThoseOfConnections)
