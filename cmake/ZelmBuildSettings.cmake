@@ -18,6 +18,18 @@ if(PROJECT_IS_TOP_LEVEL)
   endif()
 endif()
 
+# zelm_join_sources()
+#
+# From here on, in this directory and below it, several sources of a target are compiled as one if ZELM_JOIN_SOURCES asks
+# for that.
+macro(zelm_join_sources)
+  if(ZELM_JOIN_SOURCES)
+    set(CMAKE_UNITY_BUILD ON)
+    # GCC would take joined sources for headers, whose classes may use no anonymous namespace.
+    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+  endif()
+endmacro()
+
 add_library(zelm_settings INTERFACE)
 target_compile_options(zelm_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
