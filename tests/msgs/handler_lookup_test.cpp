@@ -44,7 +44,7 @@ template <class Table> Table filledUp(Table table, std::size_t size)
     return table;
 }
 
-/// The names of the entries foundNames, one for each time that they stand in the result.
+/// The names of the entries found, one for each time that they stand in the result.
 std::multiset<std::string> foundNames(MessagePtr const& message, NamedTable const& table, bool firstOnly = false,
                                       Group group = Group::SenderAndDestination)
 {
@@ -424,7 +424,7 @@ TEST(AreFuncListsEquivalent, comparesPointersAsOftenAsTheyStandThereInAnyOrder)
         bool const equivalent = areFuncListsEquivalent(pointers(row.a), pointers(row.b));
         std::string const printed = GetCapturedStdout();
         EXPECT_EQ(equivalent, row.equivalent);
-        EXPECT_EQ(printed, row.prints ? "-- Error: element in 'a' is not foundNames in 'b'.\n" : "");
+        EXPECT_EQ(printed, row.prints ? "-- Error: element in 'a' is not found in 'b'.\n" : "");
     }
 }
 
