@@ -53,12 +53,18 @@ if(ZELM_BUILD_FUZZERS)
 endif()
 if(ZELM_COVERAGE)
   # Only what ships is counted, wherever it is compiled: its headers also in tests and examples. Nothing else is
-  # instrumented, so that the build takes hardly longer than an ordinary one. ccache may make paths relative, hence only
-  # the folders' own names. The options stand in a file, since ccache gives up on a command line with a -fprofile-
-  # option that it doesn't know.
+  # instrumented, so that the build takes hardly longer than an ordinary one. ccache may make paths relative to the build.
+  # The options stand in a file, since ccache gives up on a command line with a -fprofile- option that it doesn't know.
   set(coverage_specs "${PROJECT_BINARY_DIR}/coverage.specs")
+  file(RELATIVE_PATH coverage_relative "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}")
+  set(coverage_filter "")
+  foreach(top IN ITEMS "${PROJECT_SOURCE_DIR}/" "${coverage_relative}")
+    string(REGEX REPLACE "[^A-Za-z0-9/_-]" "." top "${top}")  # for a regular expression
+    string(APPEND coverage_filter ";^${top}zelm/;^${top}component_libraries/")
+  endforeach()
+  string(SUBSTRING "${coverage_filter}" 1 -1 coverage_filter)
   file(CONFIGURE OUTPUT "${coverage_specs}" CONTENT
-    "*cc1plus:\n+ -fprofile-update=atomic -fprofile-filter-files=/zelm/;/component_libraries/\n\n")
+    "*cc1plus:\n+ -fprofile-update=atomic -fprofile-filter-files=${coverage_filter}\n\n")
   target_compile_options(zelm_settings INTERFACE --coverage "-specs=${coverage_specs}")
   target_link_options(zelm_settings INTERFACE --coverage)
 endif()
