@@ -36,6 +36,7 @@ class Workshop:
         configure = ["cmake", "--preset", "dev", f"-DCMAKE_CXX_COMPILER_LAUNCHER={launcher}"]
         # A program needn't be linked again when the shared library changes.
         configure += ["-DCMAKE_LINK_DEPENDS_NO_SHARED=ON", "-DZELM_BUILD_EXAMPLES=OFF", "-DZELM_INSTALL=OFF"]
+        configure += ["-DZELM_JOIN_SOURCES=ON"]  # from scratch it is quicker
         self._run(configure)
         self._run(["ninja", "-C", self.build, *sorted(programs)])
 
