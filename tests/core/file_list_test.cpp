@@ -9,16 +9,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstddef>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <list>
+#include <random>
+#include <set>
 #include <string>
 #include <vector>
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -37,6 +41,7 @@ using Testing::NoMoreFiles;
 using Testing::runChild;
 using Testing::TemporaryDirectory;
 using ::testing::UnorderedElementsAre;
+using ::testing::UnorderedElementsAreArray;
 using Testing::writeFile;
 
 constexpr int everything = IncludeDirectories | IncludeFiles;
@@ -58,6 +63,51 @@ std::vector<std::string> namesIn(TemporaryDirectory const& directory, std::strin
         result.push_back(path.substr(directory.path().size() + 1));
     }
     return result;
+}
+
+std::string randomText(std::mt19937& random, std::vector<std::string> const& pieces)
+{
+    std::string text;
+    for (auto count = 1 + random() % 4; count > 0; --count)
+        text += pieces[random() % pieces.size()];
+    return text;
+}
+
+// The directory isn't matched where it is literal: what is found is what fnmatch says of the whole paths all the same.
+TEST(GetFileList, findsThePathsThatMatchAsAWhole)
+{
+    TemporaryDirectory const directory;
+    std::mt19937 random(20010911);
+    std::vector<std::string> const inNames = {"a", "b", ".", "-", "[", "]", "!", "*", "?", "\xc3\xa4", "\xff"};
+    std::vector<std::string> inPatterns = inNames;
+    inPatterns.insert(inPatterns.end(), {"*", "*", "?", "[ab]", "[!a]", "[\xc3\xa4]", "[^b-]"});
+    std::vector<std::string> const directories = {"literal", "a*b", "a[b", "a[ab]", "\xc3\xa4", "\xff", "with space"};
+    std::set<std::string> names;
+    while (names.size() < 40)
+        names.insert(randomText(random, inNames));
+    names.erase(".");
+    names.erase("..");
+    for (auto const& below : directories)
+        for (auto const& name : names)
+            writeFile(directory / (below + "/" + name), "");
+
+    std::size_t found = 0;
+    for (char const* locale : {"C", "C.UTF-8"}) {
+        ASSERT_TRUE(std::setlocale(LC_ALL, locale)) << locale;
+        for (int i = 0; i < 400; ++i) {
+            auto const below = directory / (directories[random() % directories.size()] + "/");
+            auto const pattern = below + randomText(random, inPatterns);
+            std::vector<std::string> expected;
+            for (auto const& name : names)
+                if (fnmatch(pattern.c_str(), (below + name).c_str(), 0) == 0)
+                    expected.push_back(below + name);
+
+            EXPECT_THAT(pathsOf(getFileList(pattern, IncludeFiles)), UnorderedElementsAreArray(expected)) << pattern;
+            found += expected.size();
+        }
+    }
+    std::setlocale(LC_ALL, "C");
+    EXPECT_GT(found, 1000u);
 }
 
 TEST(GetFileList, findsWhatMatchesThePattern)

@@ -1,5 +1,7 @@
 #include "zelm/core/files.h"
 
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -12,8 +14,6 @@ namespace Zelm {
 
 namespace {
 
-constexpr char delimiters[] = "/\\";
-
 bool isDelimiter(char c)
 {
     return c == '/' || c == '\\';
@@ -22,8 +22,16 @@ bool isDelimiter(char c)
 /// Where the name begins: behind the last delimiter.
 std::string::size_type nameStart(std::string const& path)
 {
-    auto const delimiter = path.find_last_of(delimiters);
-    return delimiter == std::string::npos ? 0 : delimiter + 1;
+    auto const delimiter = std::find_if(path.rbegin(), path.rend(), [](char c) { return isDelimiter(c); });
+    return static_cast<std::string::size_type>(path.rend() - delimiter);
+}
+
+/// Whether each character stands for itself in a pattern and for one character in every locale. A pattern that begins
+/// with such a text matches what begins with it too if their remainders match.
+bool isLiteral(std::string const& text)
+{
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return c >= ' ' && c <= '~' && !std::strchr("*?[\\", c); });
 }
 
 struct CloseDirectory {
@@ -125,9 +133,14 @@ std::list<FileInfo> getFileList(std::string const& pattern, int filter)
         return result;
 
     std::string const front = stripTrailingDelimiter(directory) + '/';
+    // A literal directory is the front of every candidate as it stands, so its names alone are matched.
+    bool const matchesNames = isLiteral(directory);
+    char const* const namePattern = pattern.c_str() + directory.size();
     while (dirent const* const entry = readdir(entries.get())) {
+        if (matchesNames && fnmatch(namePattern, entry->d_name, 0) != 0)
+            continue;
         std::string const candidate = front + entry->d_name;
-        if (fnmatch(pattern.c_str(), candidate.c_str(), 0) != 0)
+        if (!matchesNames && fnmatch(pattern.c_str(), candidate.c_str(), 0) != 0)
             continue;
         struct ::stat attributes {};
         if (lstat(candidate.c_str(), &attributes) != 0)
