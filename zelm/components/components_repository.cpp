@@ -77,6 +77,18 @@ std::shared_ptr<ComponentInterface> createFactory(std::string const& factoryType
     return component;
 }
 
+/// Takes the factory's instance by value: a creator may take its own factory out of the repository.
+std::shared_ptr<ComponentInterface> createBy(ComponentFactoryInterface& factory,
+                                             std::shared_ptr<ComponentInterface> const /*staysAlive*/,
+                                             std::string const& componentType,
+                                             std::vector<std::string> const& arguments)
+{
+    auto component = factory.createComponent(componentType, arguments);
+    if (!component)
+        throw Exception::FailedToCreateComponent(componentType, "Component factory didn't create component");
+    return component;
+}
+
 }  // namespace
 
 ComponentsRepositoryInterface::~ComponentsRepositoryInterface() = default;
@@ -140,8 +152,10 @@ Error ComponentsRepository::addComponent(GuardedRepo::Access& access, std::share
     if (auto* const passive = dynamic_cast<LifeCycle::PassiveInterface*>(component.get()))
         passive->startLifeCycle();
     auto stored = access->components.insert(entry.extract(entry.begin()));
-    if (!stored.inserted)
+    if (!stored.inserted) {
+        access->factories.clear();
         stored.position->second = std::move(component);
+    }
     return NoError();
 }
 
@@ -153,7 +167,10 @@ Error ComponentsRepository::removeComponent(std::shared_ptr<ComponentInterface> 
     // The id alone counts: what stands under it may be another object, and that one is ended then.
     auto const removed = [&] {
         GuardedRepo::Access access(repo_);
-        return locateComponent(access->components, component->instanceId(), true);
+        auto const& id = component->instanceId();
+        if (namesAFactory(id))
+            access->factories.clear();
+        return locateComponent(access->components, id, true);
     }();
     if (!removed)
         return NotInRepository();
@@ -199,6 +216,11 @@ std::shared_ptr<ComponentInterface> ComponentsRepository::createComponent(Guarde
                                                                           std::string const& componentType,
                                                                           std::vector<std::string> const& arguments)
 {
+    // The map stands from the repository's construction on, so the way below would lead to the same factory as before,
+    // as long as that stands in the table.
+    if (auto const known = access->factories.find(componentType); known != access->factories.end())
+        return createBy(*known->second.factory, *known->second.instance, componentType, arguments);
+
     if (access->map.components().empty())
         throw Exception::FailedToCreateComponent(componentType, "No Component Repository Data");
     if (namesAFactory(componentType))
@@ -211,11 +233,11 @@ std::shared_ptr<ComponentInterface> ComponentsRepository::createComponent(Guarde
         std::cerr << "Error loading ComponentFactory: " << factoryType << std::endl;
         throw Exception::FailedToCreateComponent(factoryType, "Component factory failed to load");
     }
-
-    auto component = factory->createComponent(componentType, arguments);
-    if (!component)
-        throw Exception::FailedToCreateComponent(componentType, "Component factory didn't create component");
-    return component;
+    // A library whose code has put another component under that id meanwhile keeps its factory out of the table.
+    if (auto const entry = access->components.find(factoryType);
+        entry != access->components.end() && entry->second == instance)
+        access->factories.insert_or_assign(componentType, RunningFactory{&entry->second, factory});
+    return createBy(*factory, instance, componentType, arguments);
 }
 
 std::shared_ptr<ComponentInterface>

@@ -44,9 +44,12 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace Zelm {
+
+class ComponentFactoryInterface;
 
 /// "->Factory": ends every instance id and type name that stands for a library's factory.
 ZELM_EXPORT extern std::string const factorySuffix;
@@ -208,9 +211,15 @@ public:
                                                              std::vector<std::string> const& arguments) override;
 
 private:
+    struct RunningFactory {
+        std::shared_ptr<ComponentInterface> const* instance;  // its place in the table of instances
+        ComponentFactoryInterface* factory;                   // the same object
+    };
     struct Repo {
         std::map<std::string, std::shared_ptr<ComponentInterface>> components;  // running instances by instance id
         Map map;
+        // Who made the types that were made before. Each factory stands in the table: what leaves that, leaves this.
+        std::unordered_map<std::string, RunningFactory> factories;
     };
     using GuardedRepo = ScopedAccessor<Repo, std::recursive_mutex>;
 
