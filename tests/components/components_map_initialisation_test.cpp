@@ -335,6 +335,21 @@ TEST(MapInitialisation, followsALinkForTheWriteTimeOfARecordedLibrary)
     expectAccepted(installation, map);
 }
 
+// The name in the map is what stands behind the backslash, and there is no file of that name.
+TEST(MapInitialisation, buildsSilentlyAtEachStartWhereALibraryHasABackslashInItsName)
+{
+    TemporaryInstallation installation;
+    installation.add("engines", "lib\\Engines.so.1");
+    MapText const map{{{"Engine", "Engines.so.1"}, {"Wheel", "Engines.so.1"}}, {{"Engines.so.1", writeTime}}};
+    auto wholeName = map;
+    wholeName.libraries[0].name = "lib\\Engines.so.1";
+
+    for (auto const& before : {map, wholeName}) {
+        writeFile(installation.mapFile(), before.text());
+        expectBuilt(installation, enginesLog, 1, map, "");
+    }
+}
+
 TEST(MapInitialisation, takesNoNoticeOfFilesThatAreNoCandidates)
 {
     InstalledEngines const installation;

@@ -2,6 +2,7 @@
 #include "zelm/components/components_map.h"
 #include "zelm/components/private/factory_function.h"
 #include "zelm/components/private/library_file.h"
+#include "zelm/components/private/written_map.h"
 #include "zelm/core/exceptions.h"
 #include "zelm/core/files.h"
 #include "zelm/core/install_paths.h"
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <iostream>
 #include <list>
+#include <locale>
 #include <set>
 #include <sstream>
 #include <string>
@@ -34,11 +36,17 @@ std::string const& componentsMapFile()
     return path;
 }
 
-/// Opening a pipe waits for good for somebody at its other end, so one in the place of the map file counts as a file
-/// that can't be opened.
-bool mapFileIsPipe()
+Private::FileKind mapFileKind()
 {
-    return Private::fileKindOf(componentsMapFile().c_str()) == Private::FileKind::Pipe;
+    return Private::fileKindOf(componentsMapFile().c_str());
+}
+
+/// Opens the map file. Opening a pipe waits for good for somebody at its other end, so one in the place of the map file
+/// counts as a file that can't be opened.
+template <class Stream> void openMapFile(Stream& file, Private::FileKind kind)
+{
+    if (kind != Private::FileKind::Pipe)
+        file.open(componentsMapFile());
 }
 
 std::string fileNameOf(FileInfo const& file)
@@ -79,13 +87,37 @@ std::string_view faultOf(Map const& map)
     return {};
 }
 
-/// Takes in what the stream holds and returns why it can't be trusted; empty if it can.
-std::string_view readMap(Map& map, std::istream& stream)
+/// That of a hundred thousand libraries is half as long. What is longer isn't read before it was looked at.
+constexpr std::streamoff largestWrittenForm = 64 * 1024 * 1024;
+
+/// Takes in a text in the form that writeMap gives it, which private/written_map.h reads at once. False, with the file
+/// at its beginning, if it isn't in that form.
+bool readWrittenForm(Map& map, std::ifstream& file)
+{
+    if (std::locale() != std::locale::classic())
+        return false;
+    file.seekg(0, std::ios::end);
+    auto const size = file.tellg();
+    file.seekg(0);
+    if (size <= 0 || size > largestWrittenForm)
+        return false;
+    std::string text(static_cast<std::size_t>(size), '\0');
+    if (file.read(text.data(), size) && Private::takeWrittenForm(map, text))
+        return true;
+    file.clear();
+    file.seekg(0);
+    return false;
+}
+
+/// Takes in what the file holds and returns why it can't be trusted; empty if it can.
+std::string_view readMap(Map& map, std::ifstream& file, Private::FileKind kind)
 {
     try {
-        MetaData::Object object;
-        MetaData::ReaderJson::Read(object, stream);
-        map.copyFromMetaData(MetaData::Element(std::move(object)));
+        if (kind != Private::FileKind::Regular || !readWrittenForm(map, file)) {
+            MetaData::Object object;
+            MetaData::ReaderJson::Read(object, file);
+            map.copyFromMetaData(MetaData::Element(std::move(object)));
+        }
         return faultOf(map);
     } catch (...) {  // whatever it is, a build mends it; it may be that there is no memory
         return "couldn't load Components Map";
@@ -97,13 +129,13 @@ std::string_view readMap(Map& map, std::istream& stream)
 void loadMap(Map& map)
 {
     std::ifstream file;
-    if (!mapFileIsPipe())
-        file.open(componentsMapFile());
+    auto const kind = mapFileKind();
+    openMapFile(file, kind);
     if (!file.is_open()) {
         std::cerr << "Failed to open: " << componentsMapFile() << std::endl;
         return;
     }
-    auto const reason = readMap(map, file);
+    auto const reason = readMap(map, file, kind);
     if (reason.empty())
         return;
     std::cerr << "Rebuilding Component Map since " << reason << std::endl;
@@ -123,11 +155,29 @@ bool isStale(Map::LibInfo const& row)
     return static_cast<long>(row.sharedObjectTimeStamp()) != lastWriteTime;
 }
 
+/// Whether the row is that of the file, as the file is now. What is listed is no symbolic link, so its write time is
+/// the one that isStale would ask for once more, if it lies where isStale looks: behind a backslash in a name, which
+/// counts as a delimiter, it doesn't.
+bool isOf(Map::LibInfo const& row, FileInfo const& file, std::string const& directory)
+{
+    auto const& name = row.sharedObjectName();
+    bool const isInPlace = file.path.size() == directory.size() + name.size();
+    return isInPlace && fileNameOf(file) == name && !row.error.initialized() &&
+           static_cast<long>(row.sharedObjectTimeStamp()) == file.lastWriteTime;
+}
+
 /// Whether the library rows say exactly what is on the disk. A row without a name is passed over.
 bool fitsTheDisk(std::vector<Map::LibInfo> const& rows)
 {
     std::list<FileInfo> files;
     findComponentLibraries(files);
+    // The scan made the rows in the order in which it met the files, and an unchanged directory is listed in the same
+    // order. Where they are equal one by one, no row is stale and no name is left: the rule below would say the same.
+    auto const directory = zelmRoot() + componentsBinaryDir();
+    auto const isUnchanged = [&](Map::LibInfo const& row, FileInfo const& file) { return isOf(row, file, directory); };
+    if (std::equal(rows.begin(), rows.end(), files.begin(), files.end(), isUnchanged))
+        return true;
+
     std::set<std::string> namesOnDisk;
     for (auto const& file : files)
         namesOnDisk.insert(fileNameOf(file));
@@ -273,8 +323,7 @@ void writeMap(Map const& map)
     char buffer[4096];
     std::ofstream file;
     file.rdbuf()->pubsetbuf(buffer, sizeof buffer);
-    if (!mapFileIsPipe())
-        file.open(componentsMapFile());
+    openMapFile(file, mapFileKind());
     if (!file.is_open())
         return;
     file << text;
