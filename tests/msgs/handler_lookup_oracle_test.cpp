@@ -223,6 +223,47 @@ TEST(FindCoveringOracle, findsWhatAPlainLookUpFindsWhereAHashIsTheMarkForNone)
     }
 }
 
+// So many permutations that they can't all go through the table side by side.
+TEST(FindCoveringOracle, findsWhatAPlainLookUpFindsForLongAddresses)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomKeys random(seed);
+        auto const longAddress = [&] {
+            Address result;
+            for (auto length = 4 + random.below(8); length > 0; --length)
+                result.push_back(std::string(1, static_cast<char>('a' + random.below(4))));
+            return result;
+        };
+        auto const message = std::make_shared<Message const>(random.id(), longAddress(), longAddress());
+        auto const rootOf = [&](Address root) {
+            root.resize(random.below(root.size() + 1));
+            return root;
+        };
+        Table table;
+        table.max_load_factor(4);  // hardly any look-up ends at an empty bucket
+        for (int i = 0; i < 300; ++i) {
+            unsigned long const wildcards = (1ul << 16 * random.below(4)) - 1;
+            bool const bySender = random.below(2) == 0;
+            table.emplace(MessageKey(message->id().value() | wildcards,
+                                     bySender ? rootOf(message->senderID()) : Address(),
+                                     bySender ? Address() : rootOf(message->destID())),
+                          i);
+            table.emplace(random.key(), 1000 + i);
+        }
+
+        for (Group const group : groups) {
+            auto const all = found(message, table, group);
+            EXPECT_EQ(all, byProbing(message, table, group));
+            EXPECT_GT(all.size(), 5u);
+
+            auto const one = findCovering(message, table, true, group);
+            ASSERT_EQ(one.size(), 1u);
+            EXPECT_TRUE(std::binary_search(all.begin(), all.end(), *one.front()));
+        }
+    }
+}
+
 TEST(FindCoveringOracle, takesTheFirstOfWhatItFindsIfOnlyOneIsWanted)
 {
     RandomKeys random(1);

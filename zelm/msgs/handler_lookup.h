@@ -23,6 +23,7 @@
 #pragma once
 
 #include "zelm/core/export.h"
+#include "zelm/msgs/message.h"
 #include "zelm/msgs/message_key.h"
 
 #include <cstddef>
@@ -73,6 +74,22 @@ namespace Private {
 
 constexpr std::size_t linearSearchLimit = 12;
 
+/// Identifier(pattern).covers(id), to be worked out on the spot.
+inline bool covers(unsigned long pattern, unsigned long id) noexcept
+{
+    constexpr unsigned category = 48;
+    constexpr unsigned sub1 = 32;
+    constexpr unsigned sub2 = 16;
+    constexpr unsigned type = 0;
+    auto const isWild = [pattern](unsigned field) { return (pattern >> field & 0xFFFF) == 0xFFFF; };
+    if (pattern == id || isWild(category))
+        return true;
+    if (!isWild(type))
+        return false;
+    unsigned const lastThatCounts = isWild(sub1) ? category : isWild(sub2) ? sub1 : sub2;
+    return (pattern ^ id) >> lastThatCounts == 0;
+}
+
 /// subscription.covers(the message's key), without the copies that the key would hold.
 ZELM_EXPORT bool coversMessage(MessageKey const& subscription, Message const& message);
 
@@ -93,6 +110,35 @@ struct ZELM_EXPORT HashPermutation {
 ZELM_EXPORT void visitHashPermutations(Message const& message, MessageKey::HashingGroup group,
                                        std::function<bool(HashPermutation const&)> const& visit);
 
+/// Does what table.find does with each of many permutations, but without keys to do it with, and calls take(entry) for
+/// each entry that is found, until it returns true.
+///
+/// Most of the time in a large table goes into waiting for memory. So the permutations go through their buckets side by
+/// side, each one entry further at a time: the processor fetches the next entries of all of them at once.
+template <class Table, class Take> class Prober {
+public:
+    Prober(Table const& table, Take const& take) : table_(table), take_(take) {}
+
+    /// To be looked up at the next run, or at once together with others if there is no room. True: `take` has said so.
+    bool add(HashPermutation const& permutation);
+    /// Looks up what was added. True: `take` has said so; what is left is dropped.
+    bool run();
+
+private:
+    /// Where a permutation has come to in its bucket.
+    struct Probe {
+        HashPermutation permutation;
+        std::size_t bucket;
+        typename Table::const_local_iterator entry;
+    };
+    static constexpr std::size_t atOnce = 35;  // what addresses of three parts on both sides give
+
+    Table const& table_;
+    Take const& take_;
+    std::size_t running_ = 0;
+    Probe probes_[atOnce];
+};
+
 }  // namespace Private
 
 template <class T, class Hash>
@@ -102,8 +148,10 @@ std::vector<T*> findCovering(std::shared_ptr<Message const> const& message,
 {
     std::vector<T*> result;
     result.reserve(20);
+    unsigned long const id = message->id().value();
     auto const takeAndTellIfDone = [&](auto const& entry) {
-        if (!Private::coversMessage(entry.first, *message))
+        // Most entries of a small table are ruled out by the identifier alone.
+        if (!Private::covers(entry.first.id.value(), id) || !Private::coversMessage(entry.first, *message))
             return false;
         result.push_back(const_cast<T*>(&entry.second));
         return firstOnly;
@@ -115,19 +163,10 @@ std::vector<T*> findCovering(std::shared_ptr<Message const> const& message,
                 break;
         }
     } else if constexpr (std::is_same_v<Hash, MessageKey::Hasher>) {
-        // What table.find does, without a key to do it with: the first entry of the bucket, in its order, at which the
-        // permutation stops.
-        MessageKey bucketKey(0, {}, {});
-        auto const visit = [&](Private::HashPermutation const& permutation) {
-            bucketKey.id = Identifier(permutation.hash);  // a key without parts hashes to its identifier
-            auto const bucket = table.bucket(bucketKey);
-            for (auto entry = table.begin(bucket); entry != table.end(bucket); ++entry) {
-                if (permutation.stopsAt(entry->first))
-                    return takeAndTellIfDone(*entry);
-            }
-            return false;
-        };
-        Private::visitHashPermutations(*message, group, std::cref(visit));
+        Private::Prober prober(table, takeAndTellIfDone);
+        auto const add = [&](Private::HashPermutation const& permutation) { return prober.add(permutation); };
+        Private::visitHashPermutations(*message, group, std::cref(add));
+        prober.run();
     } else {
         for (MessageKey const& permutation : MessageKey::hashMessagesList(*message, group)) {
             auto const entry = table.find(permutation);
@@ -137,5 +176,45 @@ std::vector<T*> findCovering(std::shared_ptr<Message const> const& message,
     }
     return result;
 }
+
+namespace Private {
+
+template <class Table, class Take> bool Prober<Table, Take>::add(HashPermutation const& permutation)
+{
+    if (running_ == atOnce && run())
+        return true;
+    std::size_t const bucket = permutation.hash % table_.bucket_count();  // table_.bucket(key), as libstdc++ has it
+    auto const entry = table_.begin(bucket);
+    if (entry != table_.end(bucket)) {
+        __builtin_prefetch(&*entry);
+        probes_[running_++] = {permutation, bucket, entry};
+    }
+    return false;
+}
+
+template <class Table, class Take> bool Prober<Table, Take>::run()
+{
+    while (running_ > 0) {
+        std::size_t const running = running_;
+        running_ = 0;
+        for (std::size_t i = 0; i < running; ++i) {
+            Probe& probe = probes_[i];
+            MessageKey const& found = probe.entry->first;
+            if (found.id.value() == probe.permutation.id && probe.permutation.stopsAt(found)) {
+                if (!take_(*probe.entry))
+                    continue;
+                running_ = 0;
+                return true;
+            }
+            if (++probe.entry != table_.end(probe.bucket))
+                probes_[running_++] = probe;
+        }
+        for (std::size_t i = 0; i < running_; ++i)
+            __builtin_prefetch(&*probes_[i].entry);
+    }
+    return false;
+}
+
+}  // namespace Private
 
 }  // namespace Zelm::Msgs
