@@ -88,7 +88,7 @@ std::string_view faultOf(Map const& map)
 }
 
 /// That of a hundred thousand libraries is half as long. What is longer isn't read before it was looked at.
-constexpr std::streamoff largestWrittenForm = 64 * 1024 * 1024;
+constexpr std::streamoff largestWrittenForm = std::streamoff{64} << 20;  // 64 MiB
 
 /// Takes in a text in the form that writeMap gives it, which private/written_map.h reads at once. False, with the file
 /// at its beginning, if it isn't in that form.

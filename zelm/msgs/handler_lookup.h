@@ -126,6 +126,7 @@ public:
 
 private:
     /// Where a permutation has come to in its bucket.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): set when it is added; to clear all of them takes time
     struct Probe {
         HashPermutation permutation;
         std::size_t bucket;

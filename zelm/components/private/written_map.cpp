@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -51,11 +52,12 @@ public:
     {
         if (!take(expected) || !take("\""))
             return false;
-        auto const end = std::find_if(rest_.begin(), rest_.end(), [](char c) { return !standsForItself(c); });
-        if (end == rest_.end() || *end != '"')
+        auto const size = static_cast<std::size_t>(
+            std::find_if(rest_.begin(), rest_.end(), [](char c) { return !standsForItself(c); }) - rest_.begin());
+        if (size == rest_.size() || rest_[size] != '"')
             return false;
-        string = rest_.substr(0, static_cast<std::size_t>(end - rest_.begin()));
-        rest_.remove_prefix(string.size() + 1);
+        string = rest_.substr(0, size);
+        rest_.remove_prefix(size + 1);
         return true;
     }
 
