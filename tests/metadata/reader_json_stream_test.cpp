@@ -3,6 +3,7 @@
 // is the oracle for all others.
 #include "zelm/metadata/reader_json.h"
 
+#include "tests/metadata/flush_counter.h"
 #include "tests/metadata/piecewise_source.h"
 #include "tests/metadata/stream_position.h"
 #include "tests/support/temporary_directory.h"
@@ -33,6 +34,7 @@ using ScanException = ReaderJson::ScanException;
 using ParseException = ReaderJson::ParseException;
 
 using Source = Testing::PiecewiseSource;
+using Testing::FlushCounter;
 using Testing::print;
 using Testing::wholeText;
 
@@ -363,19 +365,6 @@ TEST(TokenReaderStream, isReadAlikeWithATiedStream)
     for (auto const& text : texts())
         EXPECT_EQ(readOutcome(text, wholeText, settings), readOutcome(text, 0)) << text;
 }
-
-/// Counts how often it is flushed.
-class FlushCounter : public std::streambuf {
-public:
-    int flushes = 0;
-
-protected:
-    int sync() override
-    {
-        ++flushes;
-        return 0;
-    }
-};
 
 TEST(TokenReaderStream, flushesATiedStreamAtEachStep)
 {

@@ -6,10 +6,12 @@
 #include "tests/support/temporary_directory.h"
 #include "zelm/metadata/writer_json.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cfenv>
 #include <locale>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -19,6 +21,7 @@ namespace {
 
 using namespace std::string_literals;
 using namespace Testing;
+using ::testing::HasSubstr;
 using Ios = std::ios_base;
 
 std::string const document = Zelm::Testing::readFile(ZELM_TEST_DATA "/json/twitter.json");
@@ -156,6 +159,24 @@ TEST(ReferenceTokenReader, agreesOnOddTextsOnEveryKindOfStream)
             }
         }
     }
+}
+
+TEST(ReferenceTokenReader, agreesOnHowOftenATiedStreamIsFlushed)
+{
+    // Once for each look at the next byte and once for each byte that is taken, as long as the stream is good.
+    Setting setting;
+    setting.tied = true;
+    EXPECT_THAT(outcomeOf(byReference, Object(), "{ }", setting), HasSubstr(" flushes 6\n"));
+
+    setting.reads = 3;
+    for (auto const& text : oddTexts())
+        for (auto const state : {Ios::goodbit, Ios::eofbit, Ios::failbit})
+            for (bool const unbuffered : {false, true}) {
+                setting.state = state;
+                setting.pieceSize = unbuffered ? std::optional<std::size_t>(0) : std::nullopt;
+                SCOPED_TRACE("state " + std::to_string(state));
+                expectAlike(Object(), text, setting);
+            }
 }
 
 TEST(ReferenceTokenReader, agreesOnStreamsThatThrowOrHaveFailedBefore)

@@ -7,6 +7,7 @@
 ///     EXPECT_EQ(outcomeOf(byLibrary, object, text, setting), outcomeOf(byReference, object, text, setting));
 #pragma once
 
+#include "tests/metadata/flush_counter.h"
 #include "tests/metadata/piecewise_source.h"
 #include "tests/metadata/reference_token_reader.h"
 #include "tests/metadata/spelled_out.h"
@@ -17,6 +18,7 @@
 #include <iterator>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <typeinfo>
@@ -62,10 +64,17 @@ template <class T> Element asElement(T const& value)
     return Element(value);
 }
 
+/// Asked of the buffer, as the stream itself doesn't tell once it has failed, and is changed by the question.
+inline long placeOf(std::stringstream const& stream)
+{
+    return static_cast<long>(stream.rdbuf()->pubseekoff(0, std::ios_base::cur, std::ios_base::in));
+}
+
 template <class Read, class T>
 std::string outcomeOf(Read read, T target, std::string const& text, Setting const& setting)
 {
-    std::ostringstream prompt;
+    FlushCounter flushed;
+    std::ostream prompt(&flushed);
     std::unique_ptr<PiecewiseSource> source;
     std::stringstream stringStream;
     std::istream pieces(nullptr);
@@ -95,6 +104,10 @@ std::string outcomeOf(Read read, T target, std::string const& text, Setting cons
             outcome += " taken " + std::to_string(source->taken()) + " handed out " +
                        std::to_string(source->handedOut()) + " asks at the end " +
                        std::to_string(source->asksAtTheEnd());
+        else
+            outcome += " at " + std::to_string(placeOf(stringStream));
+        if (setting.tied)
+            outcome += " flushes " + std::to_string(flushed.flushes);
         outcome += '\n';
         spellOut(asElement(target), outcome);
         outcome += '\n';
@@ -102,11 +115,9 @@ std::string outcomeOf(Read read, T target, std::string const& text, Setting cons
 
     stream.exceptions(std::ios_base::goodbit);
     stream.clear();
-    if (!source)
-        outcome += "at " + std::to_string(stream.tellg());
-    else if (setting.throwsAtTheEnd)
+    if (source && setting.throwsAtTheEnd)
         return outcome;
-    return outcome + " rest " + std::string(std::istreambuf_iterator<char>(stream), {});
+    return outcome + "rest " + std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
 }  // namespace Zelm::MetaData::Testing
