@@ -1,13 +1,10 @@
 // How scripts/benchmark reads targets and judges what was measured. It measures nothing here: it reports results that
 // the test has written.
-#include "../support/child_process.h"
-#include "../support/temporary_directory.h"
+#include "script_tree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 
 namespace Zelm::Testing {
@@ -30,18 +27,7 @@ std::string measured(std::string const& name, double cpuTime, std::string const&
 /// The script in a tree of its own, with these targets and results.
 class BenchmarkScript {
 public:
-    explicit BenchmarkScript(std::string const& targets)
-    {
-        std::filesystem::create_directories(tree_ / "build/benchmark/results");
-        std::filesystem::create_directories(tree_ / "build/benchmark/benchmarks");
-        std::filesystem::create_directories(tree_ / "benchmarks");
-        std::filesystem::create_directories(tree_ / "scripts/benchmarking");
-        std::filesystem::copy(SCRIPTS_DIR "/benchmark", tree_ / "scripts");
-        for (auto const& file : std::filesystem::directory_iterator(SCRIPTS_DIR "/benchmarking"))
-            if (file.path().extension() == ".py")
-                std::filesystem::copy(file, tree_ / "scripts/benchmarking");
-        writeFile(tree_ / "benchmarks/targets.txt", targets);
-    }
+    explicit BenchmarkScript(std::string const& targets) { writeFile(tree_ / "benchmarks/targets.txt", targets); }
 
     void has(std::vector<std::string> const& results) const
     {
@@ -57,11 +43,11 @@ public:
     ChildResult report(std::vector<std::string> arguments = {}) const
     {
         arguments.insert(arguments.begin(), "--report");
-        return runProgram(tree_ / "scripts/benchmark", ChildOptions().with(arguments).in("/"));
+        return tree_.run("scripts/benchmark", arguments);
     }
 
 private:
-    TemporaryDirectory const tree_;
+    ScriptTree const tree_;
 };
 
 /// The cells of the table's row that begins with these words, blanks left out; empty if there is none.
@@ -86,13 +72,22 @@ std::vector<std::string> rowOf(std::string const& table, std::string const& what
 
 TEST(BenchmarkScript, showsItsUsageAndRefusesWhatItDoesntKnow)
 {
-    auto const help = runProgram(SCRIPTS_DIR "/benchmark", ChildOptions().with({"--help"}).in("/"));
+    ScriptTree const tree;
+    auto const help = tree.run("scripts/benchmark", {"--help"});
     EXPECT_THAT(help.out, HasSubstr("usage: scripts/benchmark "));
     EXPECT_EQ(help.status, 0);
 
-    auto const unknown = runProgram(SCRIPTS_DIR "/benchmark", ChildOptions().with({"--fast"}).in("/"));
-    EXPECT_THAT(unknown.err, HasSubstr("unrecognized arguments: --fast"));
+    auto const usage =
+        "; usage: scripts/benchmark [--help] [--check] [--quick | --report] [--repetitions N] [ROW...]\n";
+    auto const unknown = tree.run("scripts/benchmark", {"--fast"});
+    EXPECT_EQ(unknown.err, std::string("benchmark: unrecognized arguments: --fast") + usage);
     EXPECT_EQ(unknown.status, 2);
+
+    auto const none = tree.run("scripts/benchmark", {"--repetitions", "0"});
+    EXPECT_EQ(none.err,
+              std::string("benchmark: argument --repetitions: it takes a whole number from 1 on, not \"0\"") + usage);
+    EXPECT_EQ(none.status, 2);
+    EXPECT_FALSE(tree.hasBegunToWork());
 }
 
 TEST(BenchmarkScript, judgesTheRatioByTheTargetAndFailsTheCheckBeyondATenth)

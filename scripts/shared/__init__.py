@@ -1,0 +1,1 @@
+"""What the scripts have in common."""
