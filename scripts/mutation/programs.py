@@ -1,7 +1,8 @@
 """Which test programs cover a file, what of them runs first, and how a program is run.
 
 Tests mirror the sources: tests/metadata tests zelm/metadata. A change is shown to the short tests of its own folder
-first, then to that folder's long ones, and then to the short tests of the folders that build on it. Tests that put
+first, then to that folder's long ones and to programs of tests that can't share one with the others, and then to the
+short tests of the folders that build on it. Tests that put
 millions of messages through threads take longer than what they would notice here is worth, and are left out.
 """
 
@@ -43,6 +44,8 @@ _LONG = {
         ("StripedMutex.letsNobodyWrite*", "striped_mutex"),
     ],
 }
+# Further programs of a folder, with the sources (without their endings) that they are there for.
+_FURTHER_PROGRAMS = {"metadata": [("reader_memory", "reader_json_fast level_stack")]}
 _LEFT_OUT = {
     "metadata": ["DeepElement.ofAMillionLevels*"],
     "messaging": ["ForwardingUnderLoad.*", "UnderLoad.*"],
@@ -58,7 +61,7 @@ _PROCESSOR_SECONDS = 900  # for those that nobody is left to end
 class Stage:
     """Some of the tests of a folder's program."""
 
-    folder: str
+    folder: str  # or the name of a further program
     long_tests: str = ""  # the patterns of those that are meant; without any, all short ones are
 
     @property
@@ -85,6 +88,9 @@ def stages_for(path):
     for tests, sources in _LONG.get(folder, []):
         if any(fnmatch.fnmatch(stem, pattern) for pattern in sources.split()):
             stages.append(Stage(folder, tests))
+    for program, sources in _FURTHER_PROGRAMS.get(folder, []):
+        if stem in sources.split():
+            stages.append(Stage(program))
     return stages + [Stage(user) for user in _USERS.get(folder, [])]
 
 
