@@ -264,6 +264,102 @@ TEST(FindCoveringOracle, findsWhatAPlainLookUpFindsForLongAddresses)
     }
 }
 
+/// Its addresses are so long that not all permutations of some messages go through a table side by side.
+MessagePtr messageWithLongAddresses(RandomKeys& random)
+{
+    auto const longAddress = [&] {
+        Address result = random.address();
+        for (auto const& part : random.address())
+            result.push_back(part);
+        return result;
+    };
+    return std::make_shared<Message>(random.id(), longAddress(), longAddress());
+}
+
+/// Hardly any look-up ends at an empty bucket.
+template <class Table> Table crowdedTable(RandomKeys& random)
+{
+    Table table;
+    table.max_load_factor(4);
+    while (table.size() < 200)
+        table[random.key()];
+    return table;
+}
+
+template <class T> std::vector<T const*> sortedPlaces(std::vector<T*> const& found)
+{
+    std::vector<T const*> result(found.begin(), found.end());
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+// The kinds of tables that the library and its users have: each is code of its own.
+template <class Table> class FindCoveringOracleOfEachTable : public ::testing::Test {
+};
+using Tables = ::testing::Types<DispatchTable, TableWith<MessageKey::HasherWithSender>,
+                                TableWith<MessageKey::HasherWithDestination>, TableWith<ForeignHasher>>;
+TYPED_TEST_SUITE(FindCoveringOracleOfEachTable, Tables);
+
+TYPED_TEST(FindCoveringOracleOfEachTable, findsWhatAPlainLookUpFinds)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomKeys random(seed);
+        auto const table = crowdedTable<TypeParam>(random);
+
+        for (int i = 0; i < 40; ++i) {
+            auto const message = messageWithLongAddresses(random);
+            for (Group const group : groups) {
+                auto const expected = placesByProbing(message, table, group);
+                EXPECT_EQ(sortedPlaces(findCovering(message, table, false, group)), expected);
+
+                auto const one = findCovering(message, table, true, group);
+                ASSERT_EQ(one.size(), expected.empty() ? 0u : 1u);
+                if (!one.empty()) {
+                    EXPECT_TRUE(std::binary_search(expected.begin(), expected.end(), one.front()));
+                }
+            }
+        }
+    }
+}
+
+TEST(ObtainMessageHandlersOracle, findsWhatAPlainLookUpFinds)
+{
+    for (unsigned seed = 0; seed < 20; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomKeys random(seed);
+        auto const table = crowdedTable<DispatchTable>(random);
+
+        for (int i = 0; i < 100; ++i) {
+            auto const message = messageWithLongAddresses(random);
+            EXPECT_EQ(sortedPlaces(obtainMessageHandlers(message, table)),
+                      placesByProbing(message, table, Group::SenderAndDestination));
+        }
+    }
+}
+
+TYPED_TEST(FindCoveringOracleOfEachTable, findsInASmallOneWhatCoversInItsOrder)
+{
+    RandomKeys random(2);
+    for (int round = 0; round < 100; ++round) {
+        TypeParam table;
+        while (table.size() < 12)
+            table[random.key()];
+        auto const message = random.message();
+        MessageKey const messageKey(*message);
+        std::vector<typename TypeParam::mapped_type*> expected;
+        for (auto& [key, value] : table) {
+            if (key.covers(messageKey))
+                expected.push_back(&value);
+        }
+
+        EXPECT_EQ(findCovering(message, table, false, Group::SenderAndDestination), expected);
+
+        expected.resize(std::min<std::size_t>(expected.size(), 1));
+        EXPECT_EQ(findCovering(message, table, true, Group::SenderAndDestination), expected);
+    }
+}
+
 TEST(FindCoveringOracle, takesTheFirstOfWhatItFindsIfOnlyOneIsWanted)
 {
     RandomKeys random(1);

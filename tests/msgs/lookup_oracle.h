@@ -44,17 +44,30 @@ std::vector<int> found(std::shared_ptr<Message const> const& message, TableWith<
     return sorted(result);
 }
 
+/// Where the values are that a look-up of each permutation finds, as findCovering tells of them, but in an order that
+/// can be compared.
+template <class Table>
+std::vector<typename Table::mapped_type const*> placesByProbing(std::shared_ptr<Message const> const& message,
+                                                                Table const& table, MessageKey::HashingGroup group)
+{
+    MessageKey const key(*message, {});
+    std::vector<typename Table::mapped_type const*> result;
+    for (auto const& permutation : MessageKey::hashMessagesList(key, group)) {
+        auto const entry = table.find(permutation);
+        if (entry != table.end() && entry->first.covers(key))
+            result.push_back(&entry->second);
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
 template <class Hash>
 std::vector<int> byProbing(std::shared_ptr<Message const> const& message, TableWith<Hash> const& table,
                            MessageKey::HashingGroup group)
 {
-    MessageKey const key(*message, {});
     std::vector<int> result;
-    for (auto const& permutation : MessageKey::hashMessagesList(key, group)) {
-        auto const entry = table.find(permutation);
-        if (entry != table.end() && entry->first.covers(key))
-            result.push_back(entry->second);
-    }
+    for (int const* const value : placesByProbing(message, table, group))
+        result.push_back(*value);
     return sorted(result);
 }
 

@@ -75,14 +75,15 @@ bool visitPatterns(Identifier const& id, HashPermutation permutation, unsigned l
     return false;
 }
 
-/// The roots of one address from its first part down. MessageKey::hash is the XOR of all parts, so each root's hash
-/// comes from the one before.
+/// The roots of one address: the one without parts, which counts as the sender's, and on from its first part down.
+/// MessageKey::hash is the XOR of all parts, so each root's hash comes from the one before.
 bool visitRoots(Identifier const& id, std::vector<std::string> const& address, bool byDestination, Visitor const& visit)
 {
     unsigned long addressHash = 0;
-    for (std::size_t i = 0; i < address.size(); ++i) {
-        addressHash ^= std::hash<std::string>()(address[i]);
-        if (visitPatterns(id, {0, &address, i + 1, byDestination, 0}, addressHash, visit))
+    for (std::size_t parts = byDestination ? 1 : 0; parts <= address.size(); ++parts) {
+        if (parts > 0)
+            addressHash ^= std::hash<std::string>()(address[parts - 1]);
+        if (visitPatterns(id, {0, &address, parts, byDestination, 0}, addressHash, visit))
             return true;
     }
     return false;
@@ -92,16 +93,12 @@ bool visitRoots(Identifier const& id, std::vector<std::string> const& address, b
 
 bool coversMessage(MessageKey const& subscription, Message const& message)
 {
-    if (!subscription.id.covers(message.id()))
-        return false;
     return subscription.dest.empty() ? inTree(subscription.sender, message.senderID())
                                      : inTree(subscription.dest, message.destID());
 }
 
 bool HashPermutation::stopsAt(MessageKey const& entry) const
 {
-    if (entry.id.value() != id)
-        return false;
     auto const& others = byDestination ? entry.dest : entry.sender;
     if (others.size() != parts || !std::equal(others.begin(), others.end(), address->begin()))
         return false;
@@ -116,8 +113,7 @@ void visitHashPermutations(Message const& message, MessageKey::HashingGroup grou
     std::vector<std::string> const& sender = message.senderID();
     std::vector<std::string> const& dest = message.destID();
 
-    if (group != MessageKey::HashingGroup::DestinationOnly &&
-        (visitPatterns(id, {0, &sender, 0, false, 0}, 0, visit) || visitRoots(id, sender, false, visit)))
+    if (group != MessageKey::HashingGroup::DestinationOnly && visitRoots(id, sender, false, visit))
         return;
     if (group != MessageKey::HashingGroup::SenderOnly)
         visitRoots(id, dest, true, visit);

@@ -90,7 +90,8 @@ inline bool covers(unsigned long pattern, unsigned long id) noexcept
     return (pattern ^ id) >> lastThatCounts == 0;
 }
 
-/// subscription.covers(the message's key), without the copies that the key would hold.
+/// subscription.covers(the message's key), without the copies that the key would hold, for a subscription whose
+/// identifier covers the message's.
 ZELM_EXPORT bool coversMessage(MessageKey const& subscription, Message const& message);
 
 /// A key of MessageKey::hashMessagesList as a view: its address is the first parts of one that the message has.
@@ -101,8 +102,8 @@ struct ZELM_EXPORT HashPermutation {
     bool byDestination;
     unsigned long hash;
 
-    /// Whether a look-up of this key stops at the entry: the hash codes are equal and so, with this key on the left,
-    /// are the keys.
+    /// Whether a look-up of this key stops at the entry, whose identifier is the same: the hash codes are equal and so,
+    /// with this key on the left, are the keys.
     bool stopsAt(MessageKey const& entry) const;
 };
 
