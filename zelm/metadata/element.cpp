@@ -1,10 +1,10 @@
 #include "zelm/metadata/element.h"
 
-#include "zelm/metadata/private/element_imp.h"
+#include "zelm/metadata/private/element_held.h"
+#include "zelm/metadata/private/nesting.h"
 
 #include <cmath>
 #include <limits>
-#include <stdexcept>
 
 namespace Zelm::MetaData {
 
@@ -32,6 +32,12 @@ long saturatingToInt64(double integral)
 bool floorEquals(double number, long integer)
 {
     return saturatingToInt64(std::floor(number)) == integer;
+}
+
+/// The difference of two infinities is NaN, which is below nothing: no short cut for equal values may stand here.
+bool tolerantlyEqual(double a, double b)
+{
+    return std::fabs(a - b) < equalityTolerance;
 }
 
 // Null has no state, so one object can stand for all of them, for writing too.
@@ -68,35 +74,70 @@ char const* ToString(ElementType type)
     return "Unknown";
 }
 
-// The difference of two infinities is NaN, which is below nothing: no short cut for equal values may stand here.
 template <> bool Trivial_T<double>::operator==(Trivial_T<double> const& other) const
 {
-    return std::fabs(value_ - other.value_) < equalityTolerance;
+    return tolerantlyEqual(value_, other.value_);
 }
 
 ConstVisitor::~ConstVisitor() = default;
 Visitor::~Visitor() = default;
 
-// ------------------------------------------------------------------------------------------------ implementations
+// ------------------------------------------------------------------------------------------------------- the kinds
 
-void Element::destroy(Imp* imp) noexcept
+namespace {
+
+/// Calls `call` with a null pointer to the type that is held under the kind, for its type alone.
+template <class Call> decltype(auto) withTypeOf(ElementType kind, Call const& call)
 {
-    if (!imp->isContainer()) {
-        delete imp;
-        return;
+    switch (kind) {
+    case ElementType::Number:
+        return call(static_cast<Trivial_T<double>*>(nullptr));
+    case ElementType::Integer:
+        return call(static_cast<Trivial_T<long>*>(nullptr));
+    case ElementType::Boolean:
+        return call(static_cast<Trivial_T<bool>*>(nullptr));
+    case ElementType::String:
+        return call(static_cast<Trivial_T<std::string>*>(nullptr));
+    case ElementType::Object:
+        return call(static_cast<Object*>(nullptr));
+    case ElementType::Array:
+        return call(static_cast<Array*>(nullptr));
+    case ElementType::Null:
+        break;
     }
-    if (Private::Nesting const nesting; nesting.isDeep())
-        Tree::destroy(static_cast<ContainerImp*>(imp));
-    else
-        delete imp;
+    return call(static_cast<Null*>(nullptr));
+}
+
+template <class Pointer> using Pointed = std::remove_pointer_t<Pointer>;
+
+}  // namespace
+
+void Element::destroy(std::uintptr_t held) noexcept
+{
+    if (Held::isContainer(held)) {
+        if (Private::Nesting const nesting; nesting.isDeep())
+            Tree::destroy(held);
+        else if (Held::is<Object>(held))
+            Held::destroy<Object>(held);
+        else
+            Held::destroy<Array>(held);
+    } else if (Held::is<Trivial_T<std::string>>(held)) {
+        Held::destroy<Trivial_T<std::string>>(held);
+    } else if (Held::is<Trivial_T<bool>>(held)) {
+        Held::destroy<Trivial_T<bool>>(held);
+    } else {
+        static_assert(sizeof(Trivial_T<double>) == sizeof(Trivial_T<long>));
+        void* const cell = reinterpret_cast<void*>(held & ~kindBits);  // NOLINT(performance-no-int-to-ptr): as in Held
+        Private::CellHeap::give(cell, sizeof(Trivial_T<double>));
+    }
 }
 
 template <class T> T const* Element::castIf() const noexcept
 {
     if constexpr (std::is_same_v<T, Null>)
-        return imp_ ? nullptr : &theNull;
+        return held_ == 0 ? &theNull : nullptr;
     else
-        return imp_ && imp_->GetElementType() == TypeToEnum<T>() ? &static_cast<Imp_t<T> const*>(imp_)->value : nullptr;
+        return Held::is<T>(held_) ? &Held::value<T>(held_) : nullptr;
 }
 
 template <class T> T const& Element::strictCast() const
@@ -115,16 +156,37 @@ template <class T> T& Element::retypingCast()
 
 // ---------------------------------------------------------------------------------------------------- construction
 
-Element::Element(Element const& other) : imp_(other.imp_ ? other.imp_->Clone() : nullptr) {}
-Element::Element(Trivial_T<double> const& value) : imp_(new Imp_t<Trivial_T<double>>(value)) {}
-Element::Element(Trivial_T<long> const& value) : imp_(new Imp_t<Trivial_T<long>>(value)) {}
-Element::Element(Trivial_T<bool> const& value) : imp_(new Imp_t<Trivial_T<bool>>(value)) {}
-Element::Element(Trivial_T<std::string> const& value) : imp_(new Imp_t<Trivial_T<std::string>>(value)) {}
-Element::Element(Trivial_T<std::string>&& value) : imp_(new Imp_t<Trivial_T<std::string>>(std::move(value))) {}
-Element::Element(Object const& value) : imp_(new Imp_t<Object>(value)) {}
-Element::Element(Object&& value) : imp_(new Imp_t<Object>(std::move(value))) {}
-Element::Element(Array const& value) : imp_(new Imp_t<Array>(value)) {}
-Element::Element(Array&& value) : imp_(new Imp_t<Array>(std::move(value))) {}
+std::uintptr_t Element::copyOf(std::uintptr_t held)
+{
+    switch (Held::kind(held)) {
+    case Held::kindOf<Trivial_T<double>>:
+        return Held::make<Trivial_T<double>>(Held::value<Trivial_T<double>>(held));
+    case Held::kindOf<Trivial_T<long>>:
+        return Held::make<Trivial_T<long>>(Held::value<Trivial_T<long>>(held));
+    case Held::kindOf<Trivial_T<bool>>:
+        return Held::make<Trivial_T<bool>>(Held::value<Trivial_T<bool>>(held));
+    case Held::kindOf<Trivial_T<std::string>>:
+        return Held::make<Trivial_T<std::string>>(Held::value<Trivial_T<std::string>>(held));
+    default:
+        break;
+    }
+    Private::Nesting const nesting;
+    if (nesting.isDeep())
+        return Tree::copy(held);
+    if (Held::is<Object>(held))
+        return Held::make<Object>(std::as_const(Held::value<Object>(held)));
+    return Held::make<Array>(std::as_const(Held::value<Array>(held)));
+}
+
+Element::Element(Trivial_T<double> const& value) : held_(Held::make<Trivial_T<double>>(value)) {}
+Element::Element(Trivial_T<long> const& value) : held_(Held::make<Trivial_T<long>>(value)) {}
+Element::Element(Trivial_T<bool> const& value) : held_(Held::make<Trivial_T<bool>>(value)) {}
+Element::Element(Trivial_T<std::string> const& value) : held_(Held::make<Trivial_T<std::string>>(value)) {}
+Element::Element(Trivial_T<std::string>&& value) : held_(Held::make<Trivial_T<std::string>>(std::move(value))) {}
+Element::Element(Object const& value) : held_(Held::make<Object>(value)) {}
+Element::Element(Object&& value) : held_(Held::make<Object>(std::move(value))) {}
+Element::Element(Array const& value) : held_(Held::make<Array>(value)) {}
+Element::Element(Array&& value) : held_(Held::make<Array>(std::move(value))) {}
 
 Element& Element::operator=(Element const& other)
 {
@@ -136,39 +198,55 @@ Element& Element::operator=(Element const& other)
 Element& Element::operator=(Element&& other) noexcept
 {
     // The value is taken before the old one goes: `other` may live inside it.
-    Imp* const taken = std::exchange(other.imp_, nullptr);
-    Imp* const old = std::exchange(imp_, taken);
-    if (old)
+    auto const taken = std::exchange(other.held_, 0);
+    if (auto const old = std::exchange(held_, taken); old != 0)
         destroy(old);
     return *this;
 }
 
 // ----------------------------------------------------------------------------------------------------------- access
 
-ElementType Element::GetElementType() const noexcept
-{
-    return imp_ ? imp_->GetElementType() : ElementType::Null;
-}
-
 void Element::Accept(ConstVisitor& visitor) const
 {
-    if (imp_)
-        static_cast<Imp const*>(imp_)->Accept(visitor);
-    else
-        visitor.Visit(static_cast<Null const&>(theNull));
+    withTypeOf(GetElementType(), [&](auto* type) { visitor.Visit(*castIf<Pointed<decltype(type)>>()); });
 }
 
 void Element::Accept(Visitor& visitor)
 {
-    if (imp_)
-        imp_->Accept(visitor);
-    else
-        visitor.Visit(theNull);
+    withTypeOf(GetElementType(), [&](auto* type) {
+        using T = Pointed<decltype(type)>;
+        visitor.Visit(const_cast<T&>(*castIf<T>()));  // this element isn't const
+    });
 }
 
 bool Element::operator==(Element const& other) const
 {
-    return imp_ ? imp_->Compare(other) : !other.imp_;
+    // The rule for all pairs of kinds is in equals. Most pairs are of one kind, and are compared as it says right here.
+    if (Held::kind(held_) != Held::kind(other.held_)) {
+        return withTypeOf(GetElementType(),
+                          [&](auto* type) { return other.equals(*castIf<Pointed<decltype(type)>>()); });
+    }
+    switch (GetElementType()) {
+    case ElementType::Number:
+        return tolerantlyEqual(Held::value<Trivial_T<double>>(held_), Held::value<Trivial_T<double>>(other.held_));
+    case ElementType::Object:
+    case ElementType::Array:
+        break;
+    case ElementType::Integer:
+        return Held::value<Trivial_T<long>>(held_) == Held::value<Trivial_T<long>>(other.held_);
+    case ElementType::Boolean:
+        return Held::value<Trivial_T<bool>>(held_) == Held::value<Trivial_T<bool>>(other.held_);
+    case ElementType::String:
+        return Held::value<Trivial_T<std::string>>(held_) == Held::value<Trivial_T<std::string>>(other.held_);
+    case ElementType::Null:
+        return true;
+    }
+    Private::Nesting const nesting;
+    if (nesting.isDeep())
+        return Tree::equal(held_, other.held_);
+    if (Held::is<Object>(held_))
+        return Held::value<Object>(held_) == Held::value<Object>(other.held_);
+    return Held::value<Array>(held_) == Held::value<Array>(other.held_);
 }
 
 template <class T> bool Element::equals(T const& value) const
@@ -343,136 +421,6 @@ double Element::asDouble() const
     if (auto const* integer = castIf<Trivial_T<long>>())
         return static_cast<double>(static_cast<long>(*integer));
     return strictCast<Trivial_T<double>>();
-}
-
-// ----------------------------------------------------------------------------------------------------------- Object
-
-bool Object::Member::operator==(Member const& other) const
-{
-    return name_ == other.name_ && element_ == other.element_;
-}
-
-Object& Object::operator=(Object const& other)
-{
-    // By way of a copy: `other` may live inside this Object, and a failing copy leaves this as it was.
-    if (this != &other)
-        *this = Object(other);
-    return *this;
-}
-
-Object& Object::operator=(Object&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    Members const old = std::exchange(members_, std::move(other.members_));  // may hold `other`, so it goes last
-    return *this;
-}
-
-Object::const_iterator Object::placeFor(std::string_view name, const_iterator hint) const
-{
-    bool const hintIsRight =
-        (hint == end() || name < hint->name()) && (hint == begin() || std::prev(hint)->name() < name);
-    if (hintIsRight)
-        return hint;
-
-    auto const position = members_.lower_bound(name);
-    if (position != end() && position->name() == name)
-        throw Zelm::Exception::InvalidParameter("Object member already exists: " + std::string(name));
-    return position;
-}
-
-Object::iterator Object::insert(Member const& member, iterator hint)
-{
-    return members_.emplace_hint(placeFor(member.name(), hint), member);
-}
-
-Object::iterator Object::insert(Member&& member, iterator hint)
-{
-    return members_.emplace_hint(placeFor(member.name(), hint), std::move(member));
-}
-
-Element& Object::elementOf(std::string_view name)
-{
-    auto position = members_.lower_bound(name);
-    if (position == end() || position->name() != name)
-        position = members_.emplace_hint(position, std::string(name), Element());
-    return position->editableElement();
-}
-
-Element const& Object::elementOf(std::string_view name) const
-{
-    auto const position = place(name);
-    if (position == end())
-        throw Zelm::Exception::InvalidParameter("Object member not found: " + std::string(name));
-    return position->element();
-}
-
-// ------------------------------------------------------------------------------------------------------------ Array
-
-Array::Array(Array const& other) : elements_(other.empty() ? nullptr : std::make_unique<Elements>(*other.elements_)) {}
-
-Array& Array::operator=(Array const& other)
-{
-    if (this != &other)
-        *this = Array(other);
-    return *this;
-}
-
-Array& Array::operator=(Array&& other) noexcept
-{
-    if (this == &other)
-        return *this;
-    auto const old = std::exchange(elements_, std::move(other.elements_));  // may hold `other`, so it goes last
-    return *this;
-}
-
-Array::Elements& Array::elements()
-{
-    if (!elements_)
-        elements_ = std::make_unique<Elements>();
-    return *elements_;
-}
-
-Array::iterator Array::insert(Element&& element, iterator position)
-{
-    if (!elements_)
-        position = elements().end();
-    return elements_->insert(position, std::move(element));
-}
-
-void Array::resize(unsigned long size)
-{
-    if (size != this->size())
-        elements().resize(size);
-}
-
-void Array::clear()
-{
-    elements_.reset();
-}
-
-Element& Array::operator[](unsigned long index)
-{
-    if (index >= size()) {
-        if (index == std::numeric_limits<unsigned long>::max())
-            throw std::length_error("Array index beyond any size");
-        resize(index + 1);
-    }
-    return (*elements_)[index];
-}
-
-Element const& Array::operator[](unsigned long index) const
-{
-    if (index >= size())
-        throw Zelm::Exception::InvalidParameter("Array out of bounds");
-    return (*elements_)[index];
-}
-
-bool Array::operator==(Array const& other) const
-{
-    if (empty() || other.empty())
-        return empty() == other.empty();
-    return *elements_ == *other.elements_;
 }
 
 }  // namespace Zelm::MetaData

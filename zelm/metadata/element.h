@@ -31,11 +31,12 @@
 
 #include "zelm/core/exceptions.h"
 #include "zelm/core/export.h"
+#include "zelm/metadata/cells.h"
+#include "zelm/metadata/name_order.h"
+#include "zelm/metadata/sequence.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
-#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -200,8 +201,8 @@ public:
 class ZELM_EXPORT Element {
 public:
     Element() noexcept = default;  ///< Null
-    Element(Element const& other);
-    Element(Element&& other) noexcept : imp_(std::exchange(other.imp_, nullptr)) {}  ///< leaves `other` Null
+    Element(Element const& other) : held_(other.held_ != 0 ? copyOf(other.held_) : 0) {}
+    Element(Element&& other) noexcept : held_(std::exchange(other.held_, 0)) {}  ///< leaves `other` Null
     Element(Trivial_T<double> const& value);
     Element(Trivial_T<long> const& value);
     Element(Trivial_T<bool> const& value);
@@ -214,8 +215,8 @@ public:
     Element(Array&& value);
     ~Element()
     {
-        if (imp_)
-            destroy(imp_);
+        if (held_ != 0)
+            destroy(held_);
     }
 
     /// Copies first and drops the old value then: a failing copy leaves the element as it was, and `e = e["a"]` is
@@ -225,7 +226,7 @@ public:
     /// into its own subtree, as with any container.
     Element& operator=(Element&& other) noexcept;
 
-    ElementType GetElementType() const noexcept;
+    ElementType GetElementType() const noexcept { return static_cast<ElementType>((held_ & kindBits) ^ nullKind); }
 
     /// Calls the one Visit that fits the held kind, with the held value itself.
     void Accept(ConstVisitor& visitor) const;
@@ -316,9 +317,7 @@ public:
     double asDouble() const;
 
 private:
-    class Imp;
-    class ContainerImp;
-    template <class T> class Imp_t;
+    class [[gnu::visibility("hidden")]] Held;
     class [[gnu::visibility("hidden")]] Tree;
 
     Element& memberOf(std::string_view name);
@@ -328,9 +327,15 @@ private:
     template <class T> T const& strictCast() const;
     template <class T> T& retypingCast();
     template <class T> bool equals(T const& value) const;
-    static void destroy(Imp* imp) noexcept;
+    static std::uintptr_t copyOf(std::uintptr_t held);
+    static void destroy(std::uintptr_t held) noexcept;
 
-    Imp* imp_ = nullptr;  // owned; null stands for the kind Null
+    static constexpr std::uintptr_t kindBits = 7;
+    static constexpr std::uintptr_t nullKind = static_cast<std::uintptr_t>(ElementType::Null);
+
+    // The address of the value, which this owns, with the kind in the bits that are 0 in an address. The kind is
+    // written so (xor nullKind) that Null, which has no address, is 0.
+    std::uintptr_t held_ = 0;
 };
 
 static_assert(std::is_nothrow_move_constructible_v<Element> && sizeof(Element) == sizeof(void*));
@@ -361,13 +366,7 @@ public:
     };
 
 private:
-    struct NameOrder {
-        using is_transparent = void;
-        bool operator()(Member const& a, Member const& b) const { return a.name() < b.name(); }
-        bool operator()(Member const& a, std::string_view b) const { return a.name() < b; }
-        bool operator()(std::string_view a, Member const& b) const { return a < b.name(); }
-    };
-    using Members = std::set<Member, NameOrder>;
+    using Members = std::set<Member, Private::NameOrder, Private::CellAllocator<Member>>;
 
 public:
     using value_type = Member;
@@ -420,7 +419,7 @@ public:
     bool operator!=(Object const& other) const { return !(*this == other); }
 
 private:
-    const_iterator place(std::string_view name) const { return members_.find(name); }
+    const_iterator place(std::string_view name) const;
     const_iterator placeFor(std::string_view name, const_iterator hint) const;
     Element& elementOf(std::string_view name);
     Element const& elementOf(std::string_view name) const;
@@ -430,7 +429,7 @@ private:
 
 /// A sequence of elements that grows at both ends without moving what it holds.
 class ZELM_EXPORT Array {
-    using Elements = std::deque<Element>;
+    using Elements = Private::Sequence<Element>;
 
 public:
     using value_type = Element;
@@ -438,18 +437,18 @@ public:
     using const_iterator = Elements::const_iterator;
 
     Array() noexcept = default;
-    Array(Array const& other);
+    Array(Array const& other) = default;
     Array(Array&& other) noexcept = default;  ///< leaves the source empty
-    Array& operator=(Array const& other);
-    Array& operator=(Array&& other) noexcept;
+    Array& operator=(Array const& other) = default;
+    Array& operator=(Array&& other) noexcept = default;
     ~Array() = default;
 
-    iterator begin() { return elements_ ? elements_->begin() : iterator(); }
-    iterator end() { return elements_ ? elements_->end() : iterator(); }
-    const_iterator begin() const { return elements_ ? elements_->cbegin() : const_iterator(); }
-    const_iterator end() const { return elements_ ? elements_->cend() : const_iterator(); }
-    std::size_t size() const { return elements_ ? elements_->size() : 0; }
-    bool empty() const { return size() == 0; }
+    iterator begin() { return elements_.begin(); }
+    iterator end() { return elements_.end(); }
+    const_iterator begin() const { return elements_.begin(); }
+    const_iterator end() const { return elements_.end(); }
+    std::size_t size() const { return elements_.size(); }
+    bool empty() const { return elements_.empty(); }
 
     /// Puts a copy of the element before `position` and returns where it stands. The element may be one of this Array.
     iterator insert(Element const& element, iterator position) { return insert(Element(element), position); }
@@ -458,23 +457,22 @@ public:
     iterator insert(Element&& element) { return insert(std::move(element), end()); }
 
     /// Removes the element there and returns where the one behind it stands.
-    iterator erase(iterator position) { return elements_->erase(position); }
+    iterator erase(iterator position);
     void resize(unsigned long size);  ///< new elements are Null
     void clear();
+    /// Takes memory for that many elements at once, if the Array is a new one, or was cleared; else it does nothing.
+    void reserve(unsigned long size);
 
     /// The element there; an Array that is too short is extended with Nulls.
     Element& operator[](unsigned long index);
     /// Throws Zelm::Exception::InvalidParameter "Array out of bounds".
     Element const& operator[](unsigned long index) const;
 
-    bool operator==(Array const& other) const;
+    bool operator==(Array const& other) const { return elements_ == other.elements_; }
     bool operator!=(Array const& other) const { return !(*this == other); }
 
 private:
-    Elements& elements();
-
-    // Behind a pointer, since an empty std::deque owns more than half a KiB and its move constructor may throw.
-    std::unique_ptr<Elements> elements_;
+    Elements elements_;
 };
 
 static_assert(std::is_nothrow_move_constructible_v<Object> && std::is_nothrow_move_assignable_v<Object>);

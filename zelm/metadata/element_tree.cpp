@@ -1,5 +1,5 @@
 // Element's ways to copy, compare and destroy trees of any depth.
-#include "zelm/metadata/private/element_imp.h"
+#include "zelm/metadata/private/element_held.h"
 #include "zelm/metadata/private/level_stack.h"
 #include "zelm/metadata/private/parts.h"
 
@@ -27,21 +27,19 @@ struct Element::Tree::Copying {
     }
 
     /// Makes the element, which is Null, an empty container of the source's kind.
-    static void begin(Imp const& source, Element& element, LevelStack<Copying>& levels)
+    static void begin(std::uintptr_t source, Element& element, LevelStack<Copying>& levels)
     {
-        if (source.GetElementType() == ElementType::Object) {
-            auto* const copy = new Imp_t<Object>();
-            element.imp_ = copy;
-            levels.push(Parts(static_cast<Imp_t<Object> const&>(source).value), &copy->value, nullptr);
+        if (Held::is<Object>(source)) {
+            element.held_ = Held::make<Object>();
+            levels.push(Parts(Held::value<Object>(source)), &Held::value<Object>(element.held_), nullptr);
         } else {
-            auto* const copy = new Imp_t<Array>();
-            element.imp_ = copy;
-            levels.push(Parts(static_cast<Imp_t<Array> const&>(source).value), nullptr, &copy->value);
+            element.held_ = Held::make<Array>();
+            levels.push(Parts(Held::value<Array>(source)), nullptr, &Held::value<Array>(element.held_));
         }
     }
 };
 
-Element::Imp* Element::Tree::copy(ContainerImp const& source)
+std::uintptr_t Element::Tree::copy(std::uintptr_t source)
 {
     Element root;  // if memory runs out, all that is there goes with it
     LevelStack<Copying> levels;
@@ -54,13 +52,12 @@ Element::Imp* Element::Tree::copy(ContainerImp const& source)
         }
         Part const part = level.parts.next();
         Element& copy = level.add(part.name);
-        Imp const* const imp = part.element.imp_;
-        if (imp && imp->isContainer())
-            Copying::begin(*imp, copy, levels);
+        if (Held::isContainer(part.element.held_))
+            Copying::begin(part.element.held_, copy, levels);
         else
             copy = part.element;
     }
-    return std::exchange(root.imp_, nullptr);
+    return std::exchange(root.held_, 0);
 }
 
 // ---------------------------------------------------------------------------------------------------------- compare
@@ -71,25 +68,25 @@ struct Element::Tree::Comparing {
     Parts b;
 
     /// False if they differ in kind or size.
-    static bool begin(Imp const& a, Imp const& b, LevelStack<Comparing>& levels)
+    static bool begin(std::uintptr_t a, std::uintptr_t b, LevelStack<Comparing>& levels)
     {
-        if (a.GetElementType() != b.GetElementType())
+        if (Held::kind(a) != Held::kind(b))
             return false;
-        return a.GetElementType() == ElementType::Object ? beginAs<Object>(a, b, levels) : beginAs<Array>(a, b, levels);
+        return Held::is<Object>(a) ? beginAs<Object>(a, b, levels) : beginAs<Array>(a, b, levels);
     }
 
 private:
-    template <class T> static bool beginAs(Imp const& a, Imp const& b, LevelStack<Comparing>& levels)
+    template <class T> static bool beginAs(std::uintptr_t a, std::uintptr_t b, LevelStack<Comparing>& levels)
     {
-        levels.push(Parts(static_cast<Imp_t<T> const&>(a).value), Parts(static_cast<Imp_t<T> const&>(b).value));
+        levels.push(Parts(Held::value<T>(a)), Parts(Held::value<T>(b)));
         return levels.top().a.left() == levels.top().b.left();
     }
 };
 
-bool Element::Tree::equal(ContainerImp const& a, Element const& b)
+bool Element::Tree::equal(std::uintptr_t a, std::uintptr_t b)
 {
     LevelStack<Comparing> levels;
-    if (!b.imp_ || !Comparing::begin(a, *b.imp_, levels))
+    if (!Comparing::begin(a, b, levels))
         return false;
     while (!levels.empty()) {
         Comparing& level = levels.top();
@@ -102,10 +99,10 @@ bool Element::Tree::equal(ContainerImp const& a, Element const& b)
         // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): both are parts of objects, or neither is
         if (partOfA.name && *partOfA.name != *partOfB.name)
             return false;
-        Imp const* const impOfA = partOfA.element.imp_;
-        Imp const* const impOfB = partOfB.element.imp_;
-        bool const goesDeeper = impOfA && impOfB && impOfA->isContainer();
-        if (goesDeeper ? !Comparing::begin(*impOfA, *impOfB, levels) : partOfA.element != partOfB.element)
+        auto const heldByA = partOfA.element.held_;
+        auto const heldByB = partOfB.element.held_;
+        if (Held::isContainer(heldByA) ? !Comparing::begin(heldByA, heldByB, levels)
+                                       : partOfA.element != partOfB.element)
             return false;
     }
     return true;
@@ -113,28 +110,30 @@ bool Element::Tree::equal(ContainerImp const& a, Element const& b)
 
 // ---------------------------------------------------------------------------------------------------------- destroy
 
-/// Needs no memory: the containers that are still to be destroyed hang together by their `next`.
-void Element::Tree::destroy(ContainerImp* root) noexcept
+/// Needs no memory: the containers that are still to be destroyed hang together by their links.
+void Element::Tree::destroy(std::uintptr_t root) noexcept
 {
-    ContainerImp* pending = root;
+    std::uintptr_t pending = root;
+    Held::next(root) = 0;
     auto const detach = [&pending](Element& part) {
-        if (!part.imp_ || !part.imp_->isContainer())
+        if (!Held::isContainer(part.held_))
             return;
-        auto* const container = static_cast<ContainerImp*>(std::exchange(part.imp_, nullptr));
-        container->next = pending;
+        auto const container = std::exchange(part.held_, 0);
+        Held::next(container) = pending;
         pending = container;
     };
 
-    while (pending) {
-        ContainerImp* const container = std::exchange(pending, pending->next);
-        if (container->GetElementType() == ElementType::Object) {
-            for (auto const& member : static_cast<Imp_t<Object>*>(container)->value)
+    while (pending != 0) {
+        auto const container = std::exchange(pending, Held::next(pending));
+        if (Held::is<Object>(container)) {
+            for (auto const& member : Held::value<Object>(container))
                 detach(member.editableElement());
+            Held::destroy<Object>(container);
         } else {
-            for (Element& element : static_cast<Imp_t<Array>*>(container)->value)
+            for (Element& element : Held::value<Array>(container))
                 detach(element);
+            Held::destroy<Array>(container);
         }
-        delete container;
     }
 }
 
