@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <list>
+#include <random>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -229,6 +230,17 @@ TEST(FindCovering, stopsAtTheFirstOneInTablesOfTheOtherHashersTooIfThatIsAll)
     }
 }
 
+// Longer than what is looked up side by side.
+TEST(FindCovering, findsSubscriptionsAtBothEndsOfALongAddressOrOneOfThemIfThatIsAll)
+{
+    Address const longAddress{"a", "b", "c", "d", "e", "f", "g", "h", "i", "j"};
+    auto const table = filledUp(
+        NamedTable{{MessageKey(id1234, {"a"}, {}), "first"}, {MessageKey(id1234, longAddress, {}), "last"}}, probed);
+
+    EXPECT_THAT(foundNames(message(id1234, longAddress), table), UnorderedElementsAre("first", "last"));
+    EXPECT_THAT(foundNames(message(id1234, longAddress), table, true), ElementsAre(AnyOf("first", "last")));
+}
+
 // The look-up works the rule out on the spot, without a call for each entry.
 TEST(FindCovering, rulesOutByTheIdentifierWhatTheIdentifierDoesNotCover)
 {
@@ -244,6 +256,47 @@ TEST(FindCovering, rulesOutByTheIdentifierWhatTheIdentifierDoesNotCover)
         for (auto const id : values)
             EXPECT_EQ(Private::covers(pattern, id), Identifier(pattern).covers(Identifier(id)))
                 << std::hex << pattern << " and " << id;
+}
+
+// A look at the upper half tells of most patterns, and of none that covers.
+TEST(FindCovering, rulesOutByCategoryAndSub1OnlyWhatTheIdentifierDoesNotCover)
+{
+    constexpr unsigned short fields[] = {1, 2, 0xFFFE, 0xFFFF};
+    std::vector<unsigned long> values;
+    for (auto const category : fields)
+        for (auto const sub1 : fields)
+            for (auto const sub2 : {1, 0xFFFF})
+                for (auto const type : {1, 0xFFFF})
+                    values.push_back(Identifier::toValue(category, sub1, static_cast<unsigned short>(sub2),
+                                                         static_cast<unsigned short>(type)));
+
+    for (auto const pattern : values)
+        for (auto const id : values)
+            EXPECT_TRUE(Private::mayCover(pattern, id) || !Identifier(pattern).covers(Identifier(id)))
+                << std::hex << pattern << " and " << id;
+    EXPECT_FALSE(Private::mayCover(Identifier::toValue(2, any, any, any), id1234));
+    EXPECT_FALSE(Private::mayCover(Identifier::toValue(1, 3, any, any), id1234));
+}
+
+TEST(FindCovering, worksOutBucketsWithoutDivisionAsByDivision)
+{
+    std::mt19937_64 random(1);
+    constexpr unsigned long most = ~0ul;
+    std::vector<unsigned long> divisors{1, 2, 3, 13, 29, 1ul << 32, (1ul << 63) - 1, 1ul << 63, most - 1, most};
+    for (int i = 0; i < 200; ++i)
+        divisors.push_back((random() >> i % 64) | 1);
+
+    for (unsigned long const divisor : divisors) {
+        Private::Remainder const remainder(divisor);
+        std::vector<unsigned long> numbers{0, 1, divisor - 1, divisor, divisor + 1, most - divisor, most - 1, most};
+        // On both sides of the largest multiple.
+        numbers.push_back(most / divisor * divisor - 1);
+        numbers.push_back(most / divisor * divisor);
+        for (int i = 0; i < 50; ++i)
+            numbers.push_back(random() >> i);
+        for (unsigned long const number : numbers)
+            EXPECT_EQ(remainder.of(number), number % divisor) << number << " by " << divisor;
+    }
 }
 
 // ------------------------------------------------------------------------------------------- where the ways differ

@@ -26,6 +26,7 @@
 #include "zelm/msgs/message.h"
 #include "zelm/msgs/message_key.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -90,55 +91,113 @@ inline bool covers(unsigned long pattern, unsigned long id) noexcept
     return (pattern ^ id) >> lastThatCounts == 0;
 }
 
+/// False if category and sub1 alone tell that covers is false. A table's patterns come in no order that a processor
+/// could foresee, so this has no branches.
+inline bool mayCover(unsigned long pattern, unsigned long id) noexcept
+{
+    unsigned long const fields = pattern >> 32;
+    unsigned long const wanted = id >> 32;
+    return (fields == wanted) | (fields == (wanted | 0xFFFF)) | (fields >= 0xFFFF0000);
+}
+
+/// Whether the address has at least as many parts, and they are its first ones.
+inline bool beginsWith(std::vector<std::string> const& address, std::vector<std::string> const& parts)
+{
+    return parts.size() <= address.size() && std::equal(parts.begin(), parts.end(), address.begin());
+}
+
 /// subscription.covers(the message's key), without the copies that the key would hold, for a subscription whose
 /// identifier covers the message's.
-ZELM_EXPORT bool coversMessage(MessageKey const& subscription, Message const& message);
+inline bool coversAddresses(MessageKey const& subscription, Message const& message)
+{
+    return subscription.dest.empty() ? beginsWith(message.senderID(), subscription.sender)
+                                     : beginsWith(message.destID(), subscription.dest);
+}
 
-/// A key of MessageKey::hashMessagesList as a view: its address is the first parts of one that the message has.
-struct ZELM_EXPORT HashPermutation {
-    unsigned long id;
-    std::vector<std::string> const* address;
-    std::size_t parts;
-    bool byDestination;
-    unsigned long hash;
+/// Calls take(entry) for each entry of a small table whose key covers the message, until it returns true.
+template <class Table, class Take> void walk(Table const& table, Message const& message, Take const& take)
+{
+    // Most entries are ruled out by the identifier alone.
+    typename Table::value_type const* candidates[linearSearchLimit];
+    std::size_t count = 0;
+    unsigned long const id = message.id().value();
+    for (auto const& entry : table) {
+        candidates[count] = &entry;
+        count += mayCover(entry.first.id.value(), id);
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        MessageKey const& key = candidates[i]->first;
+        if (covers(key.id.value(), id) && coversAddresses(key, message) && take(*candidates[i]))
+            return;
+    }
+}
 
-    /// Whether a look-up of this key stops at the entry, whose identifier is the same: the hash codes are equal and so,
-    /// with this key on the left, are the keys.
-    bool stopsAt(MessageKey const& entry) const;
+/// number % divisor for one divisor and many numbers, without a division for each. The divisor isn't 0.
+class Remainder {
+public:
+    explicit Remainder(unsigned long divisor) noexcept : divisor_(divisor), reciprocal_(~0ul / divisor) {}
+
+    unsigned long of(unsigned long number) const noexcept
+    {
+        // The reciprocal is too small by one 2^64th at most, and so the quotient is too small by one at most.
+        __extension__ using Wide = unsigned __int128;
+        auto const quotient = static_cast<unsigned long>(static_cast<Wide>(number) * reciprocal_ >> 64);
+        unsigned long const result = number - quotient * divisor_;
+        return result < divisor_ ? result : result - divisor_;
+    }
+
+private:
+    unsigned long divisor_;
+    unsigned long reciprocal_;  ///< in 2^64ths
 };
 
-/// Calls `visit` with each permutation of the message until it returns true.
-ZELM_EXPORT void visitHashPermutations(Message const& message, MessageKey::HashingGroup group,
-                                       std::function<bool(HashPermutation const&)> const& visit);
-
-/// Does what table.find does with each of many permutations, but without keys to do it with, and calls take(entry) for
-/// each entry that is found, until it returns true.
+/// Does what table.find does with each hash permutation of a message, but without keys to do it with, and calls
+/// take(entry) for each entry that is found and covers the message, until it returns true.
+///
+///     Prober(table, message, take).probe(group);
 ///
 /// Most of the time in a large table goes into waiting for memory. So the permutations go through their buckets side by
 /// side, each one entry further at a time: the processor fetches the next entries of all of them at once.
 template <class Table, class Take> class Prober {
 public:
-    Prober(Table const& table, Take const& take) : table_(table), take_(take) {}
+    Prober(Table const& table, Message const& message, Take const& take);
 
-    /// To be looked up at the next run, or at once together with others if there is no room. True: `take` has said so.
-    bool add(HashPermutation const& permutation);
-    /// Looks up what was added. True: `take` has said so; what is left is dropped.
-    bool run();
+    void probe(MessageKey::HashingGroup group);
 
 private:
-    /// Where a permutation has come to in its bucket.
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): set when it is added; to clear all of them takes time
-    struct Probe {
-        HashPermutation permutation;
-        std::size_t bucket;
-        typename Table::const_local_iterator entry;
+    /// The first parts of one of the message's addresses.
+    struct Root {
+        std::vector<std::string> const* address;
+        std::size_t parts;
+        bool isOfDestination;
+        unsigned long hash;  ///< MessageKey::hash(the parts, 0)
     };
-    static constexpr std::size_t atOnce = 35;  // what addresses of three parts on both sides give
+    /// Where a permutation has come to in its bucket.
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): set when it is started; to clear all of them takes time
+    struct Probe {
+        typename Table::const_local_iterator entry;
+        std::size_t bucket;
+        unsigned long id;
+        Root const* root;
+    };
+    static constexpr std::size_t mostPatterns = 5;
+    static constexpr std::size_t mostRoots = 1 + 3 + 3;  // of addresses of three parts on both sides; others take turns
+
+    // Inlined on request: the compiler keeps what is counted in registers then, and a search of a table that is in the
+    // processor's cache takes a fifth less.
+    [[gnu::always_inline]] bool add(Root const& root);
+    [[gnu::always_inline]] std::size_t startAll();
+    bool run();
+    static bool stopsAt(MessageKey const& entry, Probe const& probe);
 
     Table const& table_;
+    Message const& message_;
     Take const& take_;
-    std::size_t running_ = 0;
-    Probe probes_[atOnce];
+    unsigned long patterns_[mostPatterns];
+    std::size_t patternCount_ = 0;
+    Root roots_[mostRoots];
+    std::size_t rootCount_ = 0;
+    Probe probes_[mostRoots * mostPatterns];
 };
 
 }  // namespace Private
@@ -150,29 +209,19 @@ std::vector<T*> findCovering(std::shared_ptr<Message const> const& message,
 {
     std::vector<T*> result;
     result.reserve(20);
-    unsigned long const id = message->id().value();
     auto const takeAndTellIfDone = [&](auto const& entry) {
-        // Most entries of a small table are ruled out by the identifier alone.
-        if (!Private::covers(entry.first.id.value(), id) || !Private::coversMessage(entry.first, *message))
-            return false;
         result.push_back(const_cast<T*>(&entry.second));
         return firstOnly;
     };
 
     if (table.size() <= Private::linearSearchLimit) {
-        for (auto const& entry : table) {
-            if (takeAndTellIfDone(entry))
-                break;
-        }
+        Private::walk(table, *message, takeAndTellIfDone);
     } else if constexpr (std::is_same_v<Hash, MessageKey::Hasher>) {
-        Private::Prober prober(table, takeAndTellIfDone);
-        auto const add = [&](Private::HashPermutation const& permutation) { return prober.add(permutation); };
-        Private::visitHashPermutations(*message, group, std::cref(add));
-        prober.run();
+        Private::Prober(table, *message, takeAndTellIfDone).probe(group);
     } else {
         for (MessageKey const& permutation : MessageKey::hashMessagesList(*message, group)) {
             auto const entry = table.find(permutation);
-            if (entry != table.end() && takeAndTellIfDone(*entry))
+            if (entry != table.end() && Private::coversAddresses(entry->first, *message) && takeAndTellIfDone(*entry))
                 break;
         }
     }
@@ -181,40 +230,113 @@ std::vector<T*> findCovering(std::shared_ptr<Message const> const& message,
 
 namespace Private {
 
-template <class Table, class Take> bool Prober<Table, Take>::add(HashPermutation const& permutation)
+template <class Table, class Take>
+Prober<Table, Take>::Prober(Table const& table, Message const& message, Take const& take)
+    : table_(table), message_(message), take_(take)
 {
-    if (running_ == atOnce && run())
-        return true;
-    std::size_t const bucket = permutation.hash % table_.bucket_count();  // table_.bucket(key), as libstdc++ has it
-    auto const entry = table_.begin(bucket);
-    if (entry != table_.end(bucket)) {
-        __builtin_prefetch(&*entry);
-        probes_[running_++] = {permutation, bucket, entry};
+    // They fall together where the identifier is wild itself, and each counts once.
+    unsigned long const id = message.id().value();
+    for (unsigned long const wildcards : {0x0ul, 0xFFFFul, 0xFFFFFFFFul, 0xFFFFFFFFFFFFul, 0xFFFFFFFFFFFFFFFFul}) {
+        if (patternCount_ == 0 || patterns_[patternCount_ - 1] != (id | wildcards))
+            patterns_[patternCount_++] = id | wildcards;
     }
+}
+
+/// The roots of both addresses: the one without parts, which counts as the sender's, and on from the first part down.
+template <class Table, class Take> void Prober<Table, Take>::probe(MessageKey::HashingGroup group)
+{
+    for (bool const isOfDestination : {false, true}) {
+        if (group ==
+            (isOfDestination ? MessageKey::HashingGroup::SenderOnly : MessageKey::HashingGroup::DestinationOnly))
+            continue;
+        auto const& address = isOfDestination ? message_.destID() : message_.senderID();
+        unsigned long hash = 0;
+        for (std::size_t parts = isOfDestination ? 1 : 0; parts <= address.size(); ++parts) {
+            if (parts > 0)
+                hash ^= std::hash<std::string>()(address[parts - 1]);
+            if (add({&address, parts, isOfDestination, hash}))
+                return;
+        }
+    }
+    run();
+}
+
+/// To be looked up together with others. True: `take` has said that it is enough.
+template <class Table, class Take> inline bool Prober<Table, Take>::add(Root const& root)
+{
+    if (rootCount_ == mostRoots && run())
+        return true;
+    roots_[rootCount_++] = root;
     return false;
 }
 
+/// Looks up what was added. True: `take` has said that it is enough.
 template <class Table, class Take> bool Prober<Table, Take>::run()
 {
-    while (running_ > 0) {
-        std::size_t const running = running_;
-        running_ = 0;
+    for (std::size_t running = startAll(); running > 0;) {
+        std::size_t left = 0;
         for (std::size_t i = 0; i < running; ++i) {
-            Probe& probe = probes_[i];
+            Probe const& probe = probes_[i];
             MessageKey const& found = probe.entry->first;
-            if (found.id.value() == probe.permutation.id && probe.permutation.stopsAt(found)) {
-                if (!take_(*probe.entry))
-                    continue;
-                running_ = 0;
-                return true;
+            if (found.id.value() == probe.id && stopsAt(found, probe)) {
+                // Its own address is the root, unless it is a service that was reached by its sender.
+                bool const isCovered =
+                    found.dest.empty() || probe.root->isOfDestination || beginsWith(message_.destID(), found.dest);
+                if (isCovered && take_(*probe.entry))
+                    return true;
+                continue;
             }
-            if (++probe.entry != table_.end(probe.bucket))
-                probes_[running_++] = probe;
+            auto next = probe.entry;  // not changed in its place: the processor would wait to read it from there again
+            if (++next == table_.end(probe.bucket))
+                continue;
+            __builtin_prefetch(&*next);
+            probes_[left++] = {next, probe.bucket, probe.id, probe.root};
         }
-        for (std::size_t i = 0; i < running_; ++i)
-            __builtin_prefetch(&*probes_[i].entry);
+        running = left;
     }
+    rootCount_ = 0;
     return false;
+}
+
+/// Sends each permutation to the first entry of its bucket; how many there are whose bucket isn't empty.
+template <class Table, class Take> inline std::size_t Prober<Table, Take>::startAll()
+{
+    // In a loop of its own, so that the next one is short: a processor looks some hundred instructions ahead for memory
+    // that it can fetch.
+    std::size_t buckets[mostRoots * mostPatterns];
+    std::size_t count = 0;
+    Remainder const remainder(table_.bucket_count());
+    for (std::size_t root = 0; root < rootCount_; ++root) {
+        for (std::size_t pattern = 0; pattern < patternCount_; ++pattern)
+            buckets[count++] = remainder.of(patterns_[pattern] ^ roots_[root].hash);  // table_.bucket, in libstdc++
+    }
+
+    std::size_t started = 0;
+    std::size_t next = 0;
+    for (std::size_t root = 0; root < rootCount_; ++root) {
+        for (std::size_t pattern = 0; pattern < patternCount_; ++pattern) {
+            std::size_t const bucket = buckets[next++];
+            auto const entry = table_.begin(bucket);
+            if (entry == table_.end(bucket))
+                continue;
+            __builtin_prefetch(&*entry);
+            probes_[started++] = {entry, bucket, patterns_[pattern], &roots_[root]};
+        }
+    }
+    return started;
+}
+
+/// Whether a look-up of this permutation stops at the entry, whose identifier is the same: the hash codes are equal and
+/// so, with the permutation on the left, are the keys.
+template <class Table, class Take> bool Prober<Table, Take>::stopsAt(MessageKey const& entry, Probe const& probe)
+{
+    Root const& root = *probe.root;
+    auto const& parts = root.isOfDestination ? entry.dest : entry.sender;
+    if (parts.size() != root.parts || !std::equal(parts.begin(), parts.end(), root.address->begin()))
+        return false;
+    // Most keys hash the very parts that were just compared.
+    bool const hashesLikeThis = entry.cachedHash == MessageKey::noHash && entry.dest.empty() != root.isOfDestination;
+    return hashesLikeThis || MessageKey::Hasher()(entry) == (probe.id ^ root.hash);
 }
 
 }  // namespace Private
