@@ -1,13 +1,14 @@
 #include "zelm/metadata/writer_json.h"
 
 #include "zelm/metadata/private/level_stack.h"
+#include "zelm/metadata/private/number_text.h"
 #include "zelm/metadata/private/parts.h"
 #include "zelm/metadata/private/stream_buffer.h"
 
 #include <array>
 #include <cfenv>
 #include <charconv>
-#include <cmath>
+#include <cstddef>
 #include <locale>
 #include <ostream>
 #include <string_view>
@@ -15,8 +16,6 @@
 namespace Zelm::MetaData {
 
 namespace {
-
-constexpr int significantDigits = 20;
 
 void put(std::ostream& stream, std::string_view text)
 {
@@ -35,13 +34,6 @@ bool formatsNumbersPlainly(std::ostream const& stream)
         Flags::basefield | Flags::floatfield | Flags::showbase | Flags::showpoint | Flags::showpos | Flags::uppercase;
     return stream.width() == 0 && (stream.flags() & numeric) == Flags::dec && std::fegetround() == FE_TONEAREST &&
            stream.getloc() == std::locale::classic();
-}
-
-/// Whether all digits of the Number fit a long, so that those are its text as well. Not so for -0.0: it keeps its sign.
-bool isExactlyALong(double number)
-{
-    constexpr double limit = 9223372036854775808.0;  // 2^63; below 1e20, from where on the text has an exponent
-    return number > -limit && number < limit && std::trunc(number) == number && !(number == 0 && std::signbit(number));
 }
 
 /// For each byte what stands behind the backslash if it must be escaped, and 0 if it goes out as it is. All other
@@ -262,17 +254,14 @@ void WriterJson::endPart(Private::Parts const& parts)
 void WriterJson::Write_i(Trivial_T<double> const& value)
 {
     double const number = value;
-    stream_.precision(significantDigits);  // and left so, on purpose
+    stream_.precision(Private::significantDigits);  // and left so, on purpose
     if (!formatsNumbersPlainly(stream_)) {
         stream_ << number;
         return;
     }
 
-    char text[40];  // sign, 20 digits, point, leading "0.000" or exponent
-    auto* const end =
-        isExactlyALong(number)
-            ? std::to_chars(text, text + sizeof text, static_cast<long>(number)).ptr
-            : std::to_chars(text, text + sizeof text, number, std::chars_format::general, significantDigits).ptr;
+    char text[Private::longestNumberText];
+    auto* const end = Private::writeNumber(text, number);
     put(stream_, {text, static_cast<std::size_t>(end - text)});
 }
 
