@@ -3,13 +3,14 @@
 #include "zelm/metadata/private/level_stack.h"
 #include "zelm/metadata/private/number_text.h"
 #include "zelm/metadata/private/parts.h"
-#include "zelm/metadata/private/stream_buffer.h"
+#include "zelm/metadata/private/stream_output.h"
 
+#include <algorithm>
 #include <array>
-#include <cfenv>
 #include <charconv>
 #include <cstddef>
-#include <locale>
+#include <cstdint>
+#include <cstring>
 #include <ostream>
 #include <string_view>
 
@@ -17,24 +18,7 @@ namespace Zelm::MetaData {
 
 namespace {
 
-void put(std::ostream& stream, std::string_view text)
-{
-    if (text.empty())
-        return;  // even writing nothing flushes a tied stream, or one that flushes each output
-    if (!Private::tryPut(stream, text))
-        stream.write(text.data(), static_cast<std::streamsize>(text.size()));
-}
-
-/// Whether the stream's formatted output of a number is the bare digits of printf in the "C" locale, as std::to_chars
-/// gives them much faster. to_chars always rounds to nearest, where formatted output follows the rounding mode.
-bool formatsNumbersPlainly(std::ostream const& stream)
-{
-    using Flags = std::ios_base;
-    constexpr auto numeric =
-        Flags::basefield | Flags::floatfield | Flags::showbase | Flags::showpoint | Flags::showpos | Flags::uppercase;
-    return stream.width() == 0 && (stream.flags() & numeric) == Flags::dec && std::fegetround() == FE_TONEAREST &&
-           stream.getloc() == std::locale::classic();
-}
+static_assert(Private::longestNumberText <= Private::StreamOutput::longestMade);
 
 /// For each byte what stands behind the backslash if it must be escaped, and 0 if it goes out as it is. All other
 /// control characters go out as they are on purpose: no "\u" form is ever written.
@@ -52,46 +36,62 @@ constexpr std::array<char, 256> makeEscapeLetters()
 }
 constexpr auto escapeLetters = makeEscapeLetters();
 
-/// Writes in runs: all up to the next byte to escape at once.
-void putQuoted(std::ostream& stream, std::string_view rest)
+/// Whether there may be something to escape among the next eight bytes: a quote, a backslash or any byte below the
+/// blank. Whichever is looked for is made a byte below a limit. When the limit is subtracted from all eight at once,
+/// such a byte gets its highest bit set, which it didn't have. Only they borrow from their neighbours, so that none of
+/// them is missed and none is found where there is none at all.
+bool mayHoldEscape(char const* bytes)
 {
-    put(stream, "\"");
+    constexpr auto inEachByte = [](std::uint64_t byte) { return byte * 0x0101010101010101; };
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, bytes, sizeof eight);
+    auto const borrows = [&](std::uint64_t value, std::uint64_t limit) { return (value - inEachByte(limit)) & ~value; };
+    std::uint64_t const found =
+        borrows(eight, ' ') | borrows(eight ^ inEachByte('"'), 1) | borrows(eight ^ inEachByte('\\'), 1);
+    return (found & inEachByte(0x80)) != 0;
+}
+
+/// How many bytes at the beginning of the text go out as they are.
+std::size_t plainRun(std::string_view text)
+{
+    constexpr std::size_t atOnce = 8;
     std::size_t run = 0;
-    while (run < rest.size()) {
-        char const letter = escapeLetters[static_cast<unsigned char>(rest[run])];
-        if (letter == 0) {
-            ++run;
-            continue;
-        }
-        char const escape[] = {'\\', letter};
-        put(stream, rest.substr(0, run));
-        put(stream, {escape, sizeof escape});
-        rest.remove_prefix(run + 1);
-        run = 0;
+    for (;;) {
+        while (text.size() - run >= atOnce && !mayHoldEscape(text.data() + run))
+            run += atOnce;
+        std::size_t const stop = std::min(run + atOnce, text.size());
+        for (; run < stop; ++run)
+            if (escapeLetters[static_cast<unsigned char>(text[run])] != 0)
+                return run;
+        if (run == text.size())
+            return run;
     }
-    put(stream, rest);
-    put(stream, "\"");
 }
 
 }  // namespace
 
-/// The containers that are open in the text.
-class WriterJson::Levels : public Private::LevelStack<Private::Parts> {};
+/// What there is while a value is written: the stream's buffer at hand, and the containers that are open in the text.
+class WriterJson::Work {
+public:
+    explicit Work(std::ostream& stream) : output(stream) {}
 
-WriterJson::WriterJson(std::ostream& stream, bool pretty, Levels& levels)
-    : stream_(stream), pretty_(pretty), levels_(levels)
-{
-}
+    Private::StreamOutput output;
+    Private::LevelStack<Private::Parts> levels;
+};
+
+WriterJson::WriterJson(std::ostream& stream, bool pretty, Work& work) : stream_(stream), pretty_(pretty), work_(work) {}
 WriterJson::~WriterJson() = default;
 
 // -------------------------------------------------------------------------------------------------------- interface
 
 template <class T> void WriterJson::writeAndFlush(T const& value, std::ostream& stream, bool pretty)
 {
-    Levels levels;
-    WriterJson writer(stream, pretty, levels);
-    writer.Write_i(value);
-    writer.writeOpenLevels();
+    {
+        Work work(stream);
+        WriterJson writer(stream, pretty, work);
+        writer.Write_i(value);
+        writer.writeOpenLevels();
+    }
     stream.flush();
 }
 
@@ -159,18 +159,20 @@ void WriterJson::Visit(Null const& value)
 
 // ----------------------------------------------------------------------------------------------------------- layout
 
-std::string const& WriterJson::endOfLine() const
-{
-    static std::string const lineFeed(1, '\n');
-    static std::string const nothing;
-    return pretty_ ? lineFeed : nothing;
-}
-
-std::string const& WriterJson::indentationString()
+void WriterJson::putEndOfLine()
 {
     if (pretty_)
-        indentText_.assign(static_cast<std::size_t>(indentLevel_), '\t');
-    return indentText_;
+        work_.output.put("\n");
+}
+
+void WriterJson::putIndentation()
+{
+    if (!pretty_)
+        return;
+    auto const level = static_cast<std::size_t>(indentLevel_);
+    if (indentText_.size() != level)
+        indentText_.resize(level, '\t');
+    work_.output.put(indentText_);
 }
 
 // ------------------------------------------------------------------------------------------------------- containers
@@ -194,24 +196,24 @@ void WriterJson::Write_i(Array const& value)
 template <class Container> void WriterJson::open(Container const& value, char const* brackets)
 {
     if (value.empty()) {
-        put(stream_, brackets);
+        work_.output.put(brackets);
         return;
     }
-    levels_.push(value);
+    work_.levels.push(value);
     ++indentLevel_;
-    put(stream_, {brackets, 1});
-    put(stream_, endOfLine());
+    work_.output.put({brackets, 1});
+    putEndOfLine();
 }
 
 /// Writes what is left of each container that is open, the innermost first, and closes it.
 void WriterJson::writeOpenLevels()
 {
-    while (!levels_.empty()) {
-        auto const depth = levels_.size();
-        auto& parts = levels_.top();
-        while (levels_.size() == depth && parts.left() != 0)
+    while (!work_.levels.empty()) {
+        auto const depth = work_.levels.size();
+        auto& parts = work_.levels.top();
+        while (work_.levels.size() == depth && parts.left() != 0)
             writePart(parts);
-        if (levels_.size() == depth)
+        if (work_.levels.size() == depth)
             close();
     }
 }
@@ -219,34 +221,34 @@ void WriterJson::writeOpenLevels()
 /// Of a part that is a container itself may only write its beginning, and leave the rest to its own level.
 void WriterJson::writePart(Private::Parts& parts)
 {
-    auto const depth = levels_.size();
+    auto const depth = work_.levels.size();
     Private::Part const part = parts.next();
-    put(stream_, indentationString());
+    putIndentation();
     if (part.name) {
-        putQuoted(stream_, *part.name);
-        put(stream_, pretty_ ? " : " : ":");
+        putQuoted(*part.name);
+        work_.output.put(pretty_ ? " : " : ":");
     }
     Write_i(part.element);
-    if (levels_.size() == depth)
+    if (work_.levels.size() == depth)
         endPart(parts);
 }
 
 void WriterJson::close()
 {
-    bool const isObject = levels_.top().isObject();
-    levels_.pop();
+    bool const isObject = work_.levels.top().isObject();
+    work_.levels.pop();
     --indentLevel_;
-    put(stream_, indentationString());
-    put(stream_, isObject ? "}" : "]");
-    if (!levels_.empty())
-        endPart(levels_.top());
+    putIndentation();
+    work_.output.put(isObject ? "}" : "]");
+    if (!work_.levels.empty())
+        endPart(work_.levels.top());
 }
 
 void WriterJson::endPart(Private::Parts const& parts)
 {
     if (parts.left() != 0)
-        put(stream_, ",");
-    put(stream_, endOfLine());
+        work_.output.put(",");
+    putEndOfLine();
 }
 
 // ---------------------------------------------------------------------------------------------------------- scalars
@@ -255,42 +257,52 @@ void WriterJson::Write_i(Trivial_T<double> const& value)
 {
     double const number = value;
     stream_.precision(Private::significantDigits);  // and left so, on purpose
-    if (!formatsNumbersPlainly(stream_)) {
-        stream_ << number;
-        return;
-    }
-
-    char text[Private::longestNumberText];
-    auto* const end = Private::writeNumber(text, number);
-    put(stream_, {text, static_cast<std::size_t>(end - text)});
+    if (work_.output.formatsNumbersPlainly())
+        work_.output.putMade([&](char* at) { return Private::writeNumber(at, number); });
+    else
+        work_.output.useStream([&] { stream_ << number; });
 }
 
 void WriterJson::Write_i(Trivial_T<long> const& value)
 {
     long const integer = value;
-    if (!formatsNumbersPlainly(stream_)) {
-        stream_ << integer;
-        return;
-    }
-
-    char text[24];
-    auto* const end = std::to_chars(text, text + sizeof text, integer).ptr;
-    put(stream_, {text, static_cast<std::size_t>(end - text)});
+    if (work_.output.formatsNumbersPlainly())
+        work_.output.putMade(
+            [&](char* at) { return std::to_chars(at, at + Private::StreamOutput::longestMade, integer).ptr; });
+    else
+        work_.output.useStream([&] { stream_ << integer; });
 }
 
 void WriterJson::Write_i(Trivial_T<bool> const& value)
 {
-    put(stream_, value ? "true" : "false");
+    work_.output.put(value ? "true" : "false");
 }
 
 void WriterJson::Write_i(Null const&)
 {
-    put(stream_, "null");
+    work_.output.put("null");
 }
 
 void WriterJson::Write_i(Trivial_T<std::string> const& value)
 {
-    putQuoted(stream_, static_cast<std::string const&>(value));
+    putQuoted(static_cast<std::string const&>(value));
+}
+
+/// Writes in runs: all up to the next byte to escape at once.
+void WriterJson::putQuoted(std::string_view text)
+{
+    auto& output = work_.output;
+    output.put("\"");
+    for (;;) {
+        std::size_t const run = plainRun(text);
+        output.put(text.substr(0, run));
+        if (run == text.size())
+            break;
+        char const escape[] = {'\\', escapeLetters[static_cast<unsigned char>(text[run])]};
+        output.put({escape, sizeof escape});
+        text.remove_prefix(run + 1);
+    }
+    output.put("\"");
 }
 
 }  // namespace Zelm::MetaData

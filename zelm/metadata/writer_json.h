@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 namespace Zelm::MetaData {
 
@@ -54,9 +55,9 @@ public:
     ZELM_EXPORT static void Write(Element const& value, std::ostream& stream, bool pretty);
 
 private:
-    class Levels;
+    class Work;
 
-    WriterJson(std::ostream& stream, bool pretty, Levels& levels);
+    WriterJson(std::ostream& stream, bool pretty, Work& work);
     ~WriterJson() override;
 
     void Visit(Array const& value) override;
@@ -83,14 +84,15 @@ private:
     void writePart(Private::Parts& parts);
     void close();
     void endPart(Private::Parts const& parts);
-    std::string const& endOfLine() const;
-    std::string const& indentationString();
+    void putQuoted(std::string_view text);
+    void putEndOfLine();
+    void putIndentation();
 
     std::ostream& stream_;
     std::int32_t indentLevel_ = 0;
     bool const pretty_;
     std::string indentText_;
-    Levels& levels_;
+    Work& work_;
 };
 
 }  // namespace Zelm::MetaData

@@ -3,16 +3,15 @@
 /// reading or writing a byte is no call into anybody's code. Whatever goes beyond that part is left to the stream's own
 /// functions, which alone know about errors, exceptions and the end.
 ///
-///     if (!tryPut(stream, text))
-///         stream.write(text.data(), size);
+///     if (writesToItsBufferAlone(stream))
+///         room = StreamBuffer::writable(*stream.rdbuf());
 ///
 /// Thread-safety: that of the stream.
 #pragma once
 
-#include <cstring>
+#include <cstddef>
 #include <ios>
 #include <istream>
-#include <limits>
 #include <ostream>
 #include <streambuf>
 #include <string_view>
@@ -40,18 +39,20 @@ struct StreamBuffer : std::streambuf {
         (buffer.*&StreamBuffer::setg)(start, next + count, end);
     }
 
-    /// Copies the text into the buffer if there is room for all of it.
-    static bool put(std::streambuf& buffer, std::string_view text)
+    /// The room that can be written to without a call of anybody's code.
+    struct Room {
+        char* first;
+        std::size_t size;
+    };
+    static Room writable(std::streambuf const& buffer)
     {
         char* const next = (buffer.*&StreamBuffer::pptr)();
         char* const end = (buffer.*&StreamBuffer::epptr)();
-        constexpr std::size_t most = std::numeric_limits<int>::max();  // pbump counts in int
-        if (static_cast<std::size_t>(end - next) < text.size() || text.size() > most || text.empty())
-            return text.empty();
-        std::memcpy(next, text.data(), text.size());
-        (buffer.*&StreamBuffer::pbump)(static_cast<int>(text.size()));
-        return true;
+        return {next, static_cast<std::size_t>(end - next)};
     }
+
+    /// Takes so many bytes, written there, for output.
+    static void moveOn(std::streambuf& buffer, int count) { (buffer.*&StreamBuffer::pbump)(count); }
 };
 
 /// Whether unformatted input from the stream touches nothing but its buffer.
@@ -60,13 +61,10 @@ inline bool readsFromItsBufferAlone(std::istream const& stream)
     return stream.good() && !stream.tie();
 }
 
-/// Writes the text as unformatted output would, if that needs no more than room that the buffer has. False if it
-/// didn't, and then nothing has happened.
-inline bool tryPut(std::ostream& stream, std::string_view text)
+/// Whether unformatted output to the stream touches nothing but its buffer, as long as that has room.
+inline bool writesToItsBufferAlone(std::ostream const& stream)
 {
-    bool const touchesItsBufferAlone =
-        stream.good() && !stream.tie() && (stream.flags() & std::ios_base::unitbuf) == std::ios_base::fmtflags{};
-    return touchesItsBufferAlone && StreamBuffer::put(*stream.rdbuf(), text);
+    return stream.good() && !stream.tie() && (stream.flags() & std::ios_base::unitbuf) == std::ios_base::fmtflags{};
 }
 
 }  // namespace Zelm::MetaData::Private
