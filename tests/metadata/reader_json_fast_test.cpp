@@ -4,12 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <iostream>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 namespace Zelm::MetaData {
 namespace {
@@ -285,6 +288,34 @@ TEST(FastReader, takesTheLastOfEqualNamesOnPurpose)
 }
 
 // ------------------------------------------------------------------------------------------------------------ faults
+
+TEST(FastReader, ordersEachObjectsMembersWhateverTheOrderInTheOnesBefore)
+{
+    std::mt19937 random(1);
+    std::string const letters = "abcdefghijklmnopqrstuvwxyz";
+    for (std::size_t const size : {2, 3, 7, 26, 62, 63, 64, 65, 100}) {
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < size; ++i)
+            names.push_back((i % 3 == 0 ? "the same beginning " : "") +
+                            letters.substr(random() % 20, 1 + random() % 4));
+
+        std::string text;
+        Array expected;
+        for (int object = 0; object < 20; ++object) {
+            if (object % 4 == 0)  // else the order is that of the object before
+                std::shuffle(names.begin(), names.end(), random);
+            Element& members = *expected.insert(Element(Object()));
+            text += object == 0 ? "{" : ",{";
+            for (std::size_t i = 0; i < size; ++i) {
+                text += (i == 0 ? "\"" : ",\"") + names[i] + "\":" + std::to_string(i);
+                members[names[i]] = integer(static_cast<long>(i));
+            }
+            text += "}";
+        }
+
+        EXPECT_EQ(fastA("{\"a\":[" + text + "]}"), Element(expected)) << size;
+    }
+}
 
 TEST(FastReader, mergesNothingOfEqualNamesAtAnyDepth)
 {

@@ -311,6 +311,26 @@ TEST(Sequence, takesOneBlockForAKnownSize)
     EXPECT_EQ(made, 2u);
 }
 
+TEST(Sequence, takesValuesOverInOneBlock)
+{
+    for (long const size : {0L, 1L, 2L, 5L, 14L, 1000L}) {
+        std::vector<Element> values;
+        for (long i = 0; i < size; ++i)
+            values.push_back(integer(i));
+
+        Elements taken;
+        AllocationCount const allocations;
+        taken.take(values.data(), values.size());
+        auto const made = allocations.made();
+
+        EXPECT_EQ(made, size == 0 ? 0u : 1u);
+        EXPECT_TRUE(taken == numbered(size)) << size;
+        EXPECT_TRUE(values == std::vector<Element>(values.size())) << size;
+        taken.insert(taken.end(), integer(size));
+        EXPECT_TRUE(taken == numbered(size + 1)) << size;
+    }
+}
+
 TEST(Sequence, takesFewBlocksForAnUnknownSize)
 {
     AllocationCount const allocations;

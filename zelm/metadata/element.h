@@ -47,6 +47,9 @@ namespace Zelm::MetaData {
 
 class Array;
 class Object;
+namespace Private {
+class Assembler;
+}  // namespace Private
 
 /// Root of this namespace's own failures; keeps its text unchanged. Inside Zelm::MetaData it hides the namespace
 /// Zelm::Exception, so that one is written in full there.
@@ -319,6 +322,7 @@ public:
 private:
     class [[gnu::visibility("hidden")]] Held;
     class [[gnu::visibility("hidden")]] Tree;
+    friend class Private::Assembler;
 
     Element& memberOf(std::string_view name);
     Element const& memberOf(std::string_view name) const;
@@ -419,6 +423,8 @@ public:
     bool operator!=(Object const& other) const { return !(*this == other); }
 
 private:
+    friend class Private::Assembler;
+
     const_iterator place(std::string_view name) const;
     const_iterator placeFor(std::string_view name, const_iterator hint) const;
     Element& elementOf(std::string_view name);
@@ -472,6 +478,8 @@ public:
     bool operator!=(Array const& other) const { return !(*this == other); }
 
 private:
+    friend class Private::Assembler;
+
     Elements elements_;
 };
 

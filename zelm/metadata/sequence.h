@@ -189,6 +189,20 @@ public:
             addBack(size);
     }
 
+    /// Moves that many values, from `values` on, into this sequence, which is empty and has no memory: it takes no more
+    /// than they need.
+    void take(T* values, std::size_t count)
+    {
+        for (std::size_t left = count; left != 0;) {
+            Block* const block = addBack(left);  // there is one, unless the values are too many for any
+            auto const inBlock = std::min<std::size_t>(left, block->capacity);
+            std::uninitialized_move_n(values, inBlock, block->end());
+            block->to += static_cast<std::uint32_t>(inBlock);
+            values += inBlock;
+            left -= inBlock;
+        }
+    }
+
     iterator insert(const_iterator position, T&& value)
     {
         auto const index = position - begin();
@@ -370,7 +384,7 @@ private:
 
     Block* makeBlock(std::size_t wanted) const
     {
-        constexpr std::size_t cellful = (128 - sizeof(Block)) / sizeof(T);
+        constexpr std::size_t cellful = (128 - sizeof(Block)) / sizeof(T) / 2 * 2;
         std::size_t const alreadyThere = size();
         std::size_t const capacity = std::max(wanted, alreadyThere == 0 ? 0 : std::max(cellful, alreadyThere));
         // An even one: the allocator hands out multiples of two words, less one.
