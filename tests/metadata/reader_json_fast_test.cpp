@@ -317,6 +317,31 @@ TEST(FastReader, ordersEachObjectsMembersWhateverTheOrderInTheOnesBefore)
     }
 }
 
+TEST(FastReader, ordersEachObjectsMembersWhateverNamesWereEqualInTheOnesBefore)
+{
+    for (std::size_t size = 2; size <= 130; ++size) {
+        SCOPED_TRACE(size);
+        auto const members = [](std::size_t first, std::size_t end) {
+            std::string text;
+            for (std::size_t i = first; i < end; ++i)
+                text += (i == first ? "\"" : ",\"") + std::to_string(1000 + i) + "\":" + std::to_string(i);
+            return text;
+        };
+        // As many different names as the next Object has members, but one of them twice. What follows in the text
+        // would go on in the order of its names.
+        auto const objects = parsedFast("{\"x\":{\"1000\":-1," + members(0, size) + "},\"y\":{" + members(0, size) +
+                                        "},\"z\":{\"2000\":1}}");
+
+        Element expected{Object()};
+        for (std::size_t i = 0; i < size; ++i)
+            expected[std::to_string(1000 + i)] = integer(static_cast<long>(i));
+        EXPECT_EQ(objects.size(), 3u);
+        EXPECT_EQ(objects["x"], expected);
+        EXPECT_EQ(objects["y"], expected);
+        EXPECT_EQ(objects["z"], Element(parsedFast("{\"2000\":1}")));
+    }
+}
+
 TEST(FastReader, mergesNothingOfEqualNamesAtAnyDepth)
 {
     auto const objects = fastA(R"({"a":{"b":{"x":1,"y":2},"b":{"z":3}}})");

@@ -77,16 +77,20 @@ public:
         if (count <= 1)
             return {&first, count};
         auto& order = orders_[std::min(count, orders_.size() - 1)];
-        if (order.size() != count || !isRising(order, names))
+        if (order.count != count || order.places.size() != count || !isRising(order.places, names))
             find(names, count, order);
-        return {order.data(), order.size()};
+        return {order.places.data(), order.places.size()};
     }
 
 private:
-    using Order = std::vector<std::uint32_t>;
+    using Places = std::vector<std::uint32_t>;
+    struct Order {
+        std::size_t count = 0;  // of the members that it was found for: fewer places than that if names were equal
+        Places places;
+    };
 
-    /// If it is, it has each of the places, since it has as many.
-    static bool isRising(Order const& order, std::string const* names)
+    /// If it is, it has each of the places, since it was found for as many.
+    static bool isRising(Places const& order, std::string const* names)
     {
         auto const isNotBefore = [names](std::uint32_t a, std::uint32_t b) { return !isBefore(names[a], names[b]); };
         return std::adjacent_find(order.begin(), order.end(), isNotBefore) == order.end();
@@ -94,15 +98,17 @@ private:
 
     static void find(std::string const* names, std::size_t count, Order& order)
     {
-        order.resize(count);
-        std::iota(order.begin(), order.end(), 0u);
-        std::sort(order.begin(), order.end(), [names](std::uint32_t a, std::uint32_t b) {
+        auto& places = order.places;
+        order.count = count;
+        places.resize(count);
+        std::iota(places.begin(), places.end(), 0u);
+        std::sort(places.begin(), places.end(), [names](std::uint32_t a, std::uint32_t b) {
             if (isBefore(names[a], names[b]))
                 return true;
             return a > b && !isBefore(names[b], names[a]);  // of equal names the last one comes first
         });
         auto const isSame = [names](std::uint32_t a, std::uint32_t b) { return names[a] == names[b]; };
-        order.erase(std::unique(order.begin(), order.end(), isSame), order.end());
+        places.erase(std::unique(places.begin(), places.end(), isSame), places.end());
     }
 
     static bool isBefore(std::string const& a, std::string const& b)
