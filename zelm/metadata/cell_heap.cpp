@@ -17,14 +17,17 @@ std::atomic<std::size_t> slabs{0};
 /// Tells when a thread ends, after its thread_local objects are gone, which may hold elements.
 struct ThreadEnds {
     pthread_key_t key = 0;
-    bool exists = false;
+    std::atomic<bool> exists{false};
 
     // If this library is unloaded, the threads that go on must not come back to it.
     ~ThreadEnds()
     {
-        if (std::exchange(exists, false))
+        if (exists.exchange(false))
             pthread_key_delete(key);
     }
+
+    /// Threads that go on while the process ends aren't watched any more: the key may be somebody else's by then.
+    bool watch(CellHeap* heap) { return !exists || pthread_setspecific(key, heap) == 0; }
 } threadEnds;
 
 /// As operator new does. Not by operator new, which rounds the size up to a multiple of the alignment: slabs that leave
@@ -63,9 +66,9 @@ void* CellHeap::takeSlowly(std::size_t size)
     return take(size);
 }
 
-void CellHeap::giveToOperatorDelete(void* memory, std::size_t size) noexcept
+void CellHeap::giveToOperatorDelete(void* memory) noexcept
 {
-    ::operator delete(memory, size);
+    ::operator delete(memory);
 }
 
 void CellHeap::makeRoom(std::size_t sizeClass)
@@ -159,14 +162,28 @@ void CellHeap::dispose(Slab& slab) noexcept
 void CellHeap::putFromElsewhere(Cell& cell) noexcept
 {
     cell.next = returned.load(std::memory_order_relaxed);
-    while (!returned.compare_exchange_weak(cell.next, &cell, std::memory_order_release, std::memory_order_relaxed)) {
+    while (!returned.compare_exchange_weak(cell.next, &cell)) {
     }
-    // If nobody looks after the heap, its slabs would stay until somebody does.
-    if (!isOwned.load(std::memory_order_relaxed) && !isOwned.exchange(true, std::memory_order_acquire)) {
+    if (!isOwned.load())
+        tidy();
+}
+
+/// If nobody looks after the heap, its slabs would stay until somebody does.
+void CellHeap::tidy() noexcept
+{
+    while (returned.load() && !isOwned.exchange(true)) {
         collect();
         releaseSpare();
-        isOwned.store(false, std::memory_order_release);
+        isOwned.store(false);
     }
+}
+
+/// Either this sees a cell that is given back meanwhile, or who gives it back sees that the heap isn't owned: all four
+/// operations are in the one order that sequential consistency has.
+void CellHeap::disown() noexcept
+{
+    isOwned.store(false);
+    tidy();
 }
 
 /// Takes over what other threads gave back.
@@ -217,15 +234,25 @@ void CellHeap::decide()
 {
     if (isOperatorNewReplaced())
         return;
-    threadEnds.exists = pthread_key_create(&threadEnds.key, [](void*) { leave(); }) == 0;
-    heapsAreUsed = threadEnds.exists;
+    heapsAreUsed = pthread_key_create(&threadEnds.key, [](void*) { leave(); }) == 0;
+    threadEnds.exists = heapsAreUsed;
 }
+
+bool CellHeap::decideOnce()
+{
+    [[maybe_unused]] static bool const isDecided = (decide(), true);
+    return heapsAreUsed;
+}
+
+// When the library is loaded, since the question takes the loader's lock: a thread that asked later could wait for one
+// that loads a library whose initialisation waits for the answer. Elements in initialisations before this one ask
+// first.
+[[maybe_unused]] bool const CellHeap::decidesEarly = decideOnce();
 
 /// Gives the thread a heap: one that was left, or a new one. False if heaps aren't used.
 bool CellHeap::adopt()
 {
-    [[maybe_unused]] static bool const isDecided = (decide(), true);
-    if (!heapsAreUsed)
+    if (!decideOnce())
         return false;
 
     CellHeap* heap = heaps.load(std::memory_order_acquire);
@@ -239,9 +266,11 @@ bool CellHeap::adopt()
             !heaps.compare_exchange_weak(heap->nextHeap, heap, std::memory_order_release, std::memory_order_relaxed)) {
         }
     }
+    if (!threadEnds.watch(heap)) {
+        heap->disown();
+        throw std::bad_alloc();
+    }
     current = heap;
-    // Should it fail, nobody else gets the heap when this thread ends, which costs its spare memory and nothing else.
-    pthread_setspecific(threadEnds.key, heap);
     return true;
 }
 
@@ -250,7 +279,7 @@ void CellHeap::leave() noexcept
     CellHeap* const heap = std::exchange(current, &nobody);
     if (heap == &nobody)
         return;
-    pthread_setspecific(threadEnds.key, nullptr);
+    threadEnds.watch(nullptr);
     heap->collect();
     for (Slab*& list : heap->open) {
         for (Slab* slab = list; slab != &none;) {
@@ -263,7 +292,7 @@ void CellHeap::leave() noexcept
         }
     }
     heap->releaseSpare();
-    heap->isOwned.store(false, std::memory_order_release);
+    heap->disown();
 }
 
 }  // namespace Zelm::MetaData::Private

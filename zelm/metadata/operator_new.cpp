@@ -29,7 +29,10 @@ bool isOperatorNewReplaced()
 
     // The handler's functions can't be replaced.
     void const* const home = homeOf(&std::get_new_handler);
-    return !home || homeOf(static_cast<void* (*)(std::size_t)>(&::operator new)) != home;
+    if (!home || homeOf(static_cast<void* (*)(std::size_t)>(&::operator new)) != home)
+        return true;
+    // An allocator that lacks the former would be given its memory back by the latter.
+    return homeOf(&posix_memalign) != homeOf(&std::free);
 }
 
 }  // namespace Zelm::MetaData::Private

@@ -54,7 +54,7 @@ public:
     static void give(void* memory, std::size_t size) noexcept
     {
         if (size > largestCell || !heapsAreUsed) {
-            giveToOperatorDelete(memory, size);
+            giveToOperatorDelete(memory);
             return;
         }
         auto* const cell = static_cast<Cell*>(memory);
@@ -72,7 +72,8 @@ public:
     static std::size_t slabsInAll() noexcept;
 
 private:
-    struct Cell {
+    // Whatever type the cell's memory had or will have: the link is read and written in their order.
+    struct [[gnu::may_alias]] Cell {
         Cell* next;
     };
 
@@ -114,13 +115,16 @@ private:
     }
 
     static void* takeSlowly(std::size_t size);
-    static void giveToOperatorDelete(void* memory, std::size_t size) noexcept;
+    static void giveToOperatorDelete(void* memory) noexcept;
     static bool adopt();
     static void decide();
+    static bool decideOnce();
     void makeRoom(std::size_t sizeClass);
     bool hasRoom(std::size_t sizeClass) noexcept;
     void sortIn(Slab& slab) noexcept;
     void putFromElsewhere(Cell& cell) noexcept;
+    void tidy() noexcept;
+    void disown() noexcept;
     void collect() noexcept;
     Slab& newSlab(std::size_t sizeClass);
     void dispose(Slab& slab) noexcept;
@@ -133,6 +137,7 @@ private:
     static Slab none;        // ends each list; never has a cell
     static CellHeap nobody;  // the heap of a thread that has none; its lists are empty
     static bool heapsAreUsed;
+    static bool const decidesEarly;
     [[gnu::tls_model("initial-exec")]] static inline thread_local CellHeap* current = &nobody;
 
     Slab* open[sizeClasses];  // slabs with cells left; some that have just run out may be among them
