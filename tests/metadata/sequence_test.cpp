@@ -122,7 +122,8 @@ struct Pair {
 
     void expectPlace(Elements::iterator place, std::deque<Element>::iterator expected)
     {
-        EXPECT_EQ(place - ours.begin(), expected - plain.begin());
+        auto const index = place - ours.begin();
+        EXPECT_EQ(index, expected - plain.begin());
     }
 };
 

@@ -156,6 +156,7 @@ template <class T> T& Element::retypingCast()
 
 // ---------------------------------------------------------------------------------------------------- construction
 
+// NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
 std::uintptr_t Element::copyOf(std::uintptr_t held)
 {
     switch (Held::kind(held)) {
@@ -219,12 +220,16 @@ void Element::Accept(Visitor& visitor)
     });
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
 bool Element::operator==(Element const& other) const
 {
-    // The rule for all pairs of kinds is in equals. Most pairs are of one kind, and are compared as it says right here.
+    // The rule for all pairs of kinds is in equals. Most pairs are of one kind, and are compared as it says right here;
+    // of two kinds, only numbers can be equal.
     if (Held::kind(held_) != Held::kind(other.held_)) {
-        return withTypeOf(GetElementType(),
-                          [&](auto* type) { return other.equals(*castIf<Pointed<decltype(type)>>()); });
+        if (auto const* number = castIf<Trivial_T<double>>())
+            return other.equals(*number);
+        auto const* integer = castIf<Trivial_T<long>>();
+        return integer && other.equals(*integer);
     }
     switch (GetElementType()) {
     case ElementType::Number:

@@ -204,6 +204,7 @@ public:
 class ZELM_EXPORT Element {
 public:
     Element() noexcept = default;  ///< Null
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     Element(Element const& other) : held_(other.held_ != 0 ? copyOf(other.held_) : 0) {}
     Element(Element&& other) noexcept : held_(std::exchange(other.held_, 0)) {}  ///< leaves `other` Null
     Element(Trivial_T<double> const& value);
@@ -347,6 +348,7 @@ static_assert(std::is_nothrow_move_constructible_v<Element> && sizeof(Element) =
 /// A set of named elements, ordered by name: bytes compared as unsigned values, the shorter name first.
 class ZELM_EXPORT Object {
 public:
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     class ZELM_EXPORT Member {
     public:
         Member() = default;
@@ -378,6 +380,7 @@ public:
     using const_iterator = Members::const_iterator;
 
     Object() = default;
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     Object(Object const&) = default;
     Object(Object&&) noexcept = default;  ///< leaves the source empty
     Object& operator=(Object const& other);
@@ -443,6 +446,7 @@ public:
     using const_iterator = Elements::const_iterator;
 
     Array() noexcept = default;
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     Array(Array const& other) = default;
     Array(Array&& other) noexcept = default;  ///< leaves the source empty
     Array& operator=(Array const& other) = default;
@@ -474,6 +478,7 @@ public:
     /// Throws Zelm::Exception::InvalidParameter "Array out of bounds".
     Element const& operator[](unsigned long index) const;
 
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     bool operator==(Array const& other) const { return elements_ == other.elements_; }
     bool operator!=(Array const& other) const { return !(*this == other); }
 

@@ -39,6 +39,7 @@ struct Element::Tree::Copying {
     }
 };
 
+// NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
 std::uintptr_t Element::Tree::copy(std::uintptr_t source)
 {
     Element root;  // if memory runs out, all that is there goes with it
@@ -55,7 +56,7 @@ std::uintptr_t Element::Tree::copy(std::uintptr_t source)
         if (Held::isContainer(part.element.held_))
             Copying::begin(part.element.held_, copy, levels);
         else
-            copy = part.element;
+            copy = Element(part.element);
     }
     return std::exchange(root.held_, 0);
 }
@@ -83,6 +84,7 @@ private:
     }
 };
 
+// NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
 bool Element::Tree::equal(std::uintptr_t a, std::uintptr_t b)
 {
     LevelStack<Comparing> levels;
@@ -102,7 +104,7 @@ bool Element::Tree::equal(std::uintptr_t a, std::uintptr_t b)
         auto const heldByA = partOfA.element.held_;
         auto const heldByB = partOfB.element.held_;
         if (Held::isContainer(heldByA) ? !Comparing::begin(heldByA, heldByB, levels)
-                                       : partOfA.element != partOfB.element)
+                                       : !(partOfA.element == partOfB.element))
             return false;
     }
     return true;

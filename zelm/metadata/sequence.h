@@ -133,6 +133,7 @@ public:
     using const_iterator = Iterator<T const>;
 
     Sequence() noexcept = default;
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     Sequence(Sequence const& other) : Sequence()  // complete from here on: should a copy fail, the others are destroyed
     {
         if (other.empty())
@@ -279,6 +280,7 @@ public:
         }
     }
 
+    // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     friend bool operator==(Sequence const& a, Sequence const& b)
     {
         return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin());

@@ -31,6 +31,7 @@ public:
     template <class T> static T& value(std::uintptr_t held) { return cell<T>(held).value; }
 
     /// A new value, made of the arguments. Throws what its construction does, and std::bad_alloc.
+    // NOLINTNEXTLINE(misc-no-recursion): see nesting.h
     template <class T, class... Args> static std::uintptr_t make(Args&&... args)
     {
         void* const memory = Private::CellHeap::take(sizeof(Cell<T>));
