@@ -27,7 +27,7 @@ struct ThreadEnds {
     }
 
     /// Threads that go on while the process ends aren't watched any more: the key may be somebody else's by then.
-    bool watch(CellHeap* heap) { return !exists || pthread_setspecific(key, heap) == 0; }
+    bool watch(CellHeap* heap) const { return !exists || pthread_setspecific(key, heap) == 0; }
 } threadEnds;
 
 /// As operator new does. Not by operator new, which rounds the size up to a multiple of the alignment: slabs that leave
@@ -62,8 +62,9 @@ void* CellHeap::takeSlowly(std::size_t size)
     bool const hasHeap = size <= largestCell && (current != &nobody || adopt());
     if (!hasHeap)
         return ::operator new(size);
-    current->makeRoom(sizeClassOf(size));
-    return take(size);
+    std::size_t const sizeClass = sizeClassOf(size);
+    current->makeRoom(sizeClass);
+    return takeFrom(*current->open[sizeClass]);
 }
 
 void CellHeap::giveToOperatorDelete(void* memory) noexcept
@@ -205,10 +206,11 @@ void CellHeap::release(Slab& slab) noexcept
 
 void CellHeap::releaseSpare() noexcept
 {
-    for (; spareSlabs > 0; --spareSlabs) {
-        Slab& slab = *spare;
-        unlink(slab, spare);
-        release(slab);
+    spareSlabs = 0;
+    for (Slab* slab = std::exchange(spare, &none); slab != &none;) {
+        Slab* const next = slab->next;
+        release(*slab);
+        slab = next;
     }
 }
 

@@ -42,11 +42,8 @@ public:
     {
         if (size <= largestCell) {
             Slab& slab = *current->open[sizeClassOf(size)];
-            if (Cell* const cell = slab.free) {
-                slab.free = cell->next;
-                ++slab.used;
-                return cell;
-            }
+            if (slab.free)
+                return takeFrom(slab);
         }
         return takeSlowly(size);
     }
@@ -105,6 +102,15 @@ private:
             open[i] = full[i] = noSlab;
     }
 
+    /// It has a free cell.
+    static void* takeFrom(Slab& slab)
+    {
+        Cell* const cell = slab.free;
+        slab.free = cell->next;
+        ++slab.used;
+        return cell;
+    }
+
     void put(Cell& cell, Slab& slab) noexcept
     {
         Cell* const next = slab.free;
@@ -138,6 +144,7 @@ private:
     static CellHeap nobody;  // the heap of a thread that has none; its lists are empty
     static bool heapsAreUsed;
     static bool const decidesEarly;
+    // NOLINTNEXTLINE(cppcoreguidelines-interfaces-global-init): the address alone
     [[gnu::tls_model("initial-exec")]] static inline thread_local CellHeap* current = &nobody;
 
     Slab* open[sizeClasses];  // slabs with cells left; some that have just run out may be among them
