@@ -5,12 +5,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace HostMonitor::Testing {
 
+using ::testing::AllOf;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
+using ::testing::Truly;
 using Zelm::Testing::ChildOptions;
 using Zelm::Testing::ChildResult;
 using Zelm::Testing::TemporaryDirectory;
@@ -22,6 +27,17 @@ ChildResult runScript(std::string const& path, std::vector<std::string> const& a
 {
     // From another directory than the source tree, as the scripts promise to find that.
     return Zelm::Testing::runProgram(path, ChildOptions().with(arguments).in("/"));
+}
+
+auto isOneLineThatBegins(std::string const& text)
+{
+    return AllOf(StartsWith(text), EndsWith("\n"),
+                 Truly([](std::string const& lines) { return std::count(lines.begin(), lines.end(), '\n') == 1; }));
+}
+
+void copyScriptsTo(TemporaryDirectory const& tree)
+{
+    std::filesystem::copy(SCRIPTS_DIR, tree / "scripts", std::filesystem::copy_options::recursive);
 }
 
 }  // namespace
@@ -44,22 +60,22 @@ TEST(Scripts, showTheirUsage)
 TEST(Scripts, refuseUnknownOptionsInOneLine)
 {
     auto const demo = runScript(SCRIPTS_DIR "/demo", {"--fast"});
-    EXPECT_EQ(demo.err, "demo: unknown argument \"--fast\" (see scripts/demo --help)\n");
+    EXPECT_THAT(demo.err, isOneLineThatBegins("demo: unknown argument \"--fast\"; usage: scripts/demo [--help]"));
     EXPECT_EQ(demo.out, "");
     EXPECT_EQ(demo.status, 2);
 
     auto const setup = runScript(SCRIPTS_DIR "/setup", {"--arm64", "--fast"});
-    EXPECT_EQ(setup.err, "setup: unknown argument \"--fast\" (see scripts/setup --help)\n");
+    EXPECT_THAT(setup.err, isOneLineThatBegins("setup: unknown argument \"--fast\"; usage: scripts/setup [--help]"));
     EXPECT_EQ(setup.out, "");
     EXPECT_EQ(setup.status, 2);
 
     auto const soak = runScript(SCRIPTS_DIR "/soak", {"1", "--fast"});
-    EXPECT_EQ(soak.err, "soak: unknown argument \"--fast\" (see scripts/soak --help)\n");
+    EXPECT_THAT(soak.err, isOneLineThatBegins("soak: unknown argument \"--fast\"; usage: scripts/soak [--help]"));
     EXPECT_EQ(soak.out, "");
     EXPECT_EQ(soak.status, 2);
 
     auto const test = runScript(SCRIPTS_DIR "/test", {"dev", "--fast"});
-    EXPECT_EQ(test.err, "test: unknown option \"--fast\" (see scripts/test --help)\n");
+    EXPECT_THAT(test.err, isOneLineThatBegins("test: unknown argument \"--fast\"; usage: scripts/test [--help]"));
     EXPECT_EQ(test.out, "");
     EXPECT_EQ(test.status, 2);
 }
@@ -68,8 +84,7 @@ TEST(Scripts, refuseUnknownOptionsInOneLine)
 TEST(Scripts, sayBeforeAllElseThatTheBuildFolderCantBeWritten)
 {
     TemporaryDirectory const tree;
-    std::filesystem::create_directory(tree / "scripts");
-    std::filesystem::copy(SCRIPTS_DIR "/demo", tree / "scripts");
+    copyScriptsTo(tree);
     writeFile(tree / "build", "");
     auto const child = runScript(tree / "scripts/demo", {});
 
@@ -82,8 +97,7 @@ TEST(Scripts, showNoLogOfAFormerRunWhenTheLogCantBeWritten)
 {
     TemporaryDirectory const tree;
     std::filesystem::create_directories(tree / "build/demo.log");
-    std::filesystem::create_directory(tree / "scripts");
-    std::filesystem::copy(SCRIPTS_DIR "/demo", tree / "scripts");
+    copyScriptsTo(tree);
     auto const child = runScript(tree / "scripts/demo", {});
 
     EXPECT_EQ(child.err, "demo: can't write to " + (tree / "build") + "\n");
