@@ -51,3 +51,11 @@ require_number() {
 test_presets() {
     sed -n '/"testPresets"/,$ {/"hidden"/d;s/.*{"name": "\([^"]*\)".*/\1/p}' "$root/CMakePresets.json"
 }
+
+# setup_option_of PRESET: what scripts/setup must be asked for, beside what every build needs.
+setup_option_of() {
+    case $1 in
+    asan) echo --sanitizers ;;
+    arm64) echo --arm64 ;;
+    esac
+}

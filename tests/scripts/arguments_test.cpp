@@ -122,8 +122,10 @@ TEST(ScriptArguments, areLookedAtBySetupToo)
     auto const child =
         runProgram(SOURCE_TREE "/scripts/setup", ChildOptions().with({"--checks", "--everything"}).in("/"));
 
-    EXPECT_EQ(child.err, "setup: unknown argument \"--everything\"; usage: scripts/setup [--help] [--checks] [--arm64] "
-                         "[--benchmarks]\n");
+    EXPECT_EQ(
+        child.err,
+        "setup: unknown argument \"--everything\"; usage: scripts/setup [--help] [--sanitizers] [--checks] [--arm64] "
+        "[--benchmarks] [--python]\n");
     EXPECT_EQ(child.out, "");
     EXPECT_EQ(child.status, 2);
 }
