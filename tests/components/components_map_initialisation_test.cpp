@@ -231,6 +231,15 @@ TEST(MapInitialisation, readsTheFileAsFarAsItsClosingBraceOnPurpose)
     expectAccepted(InstalledEngines(enginesMap.text() + " {\"Version\" : garbage \xFF"), enginesMap);
 }
 
+/// More than is ever read at once.
+TEST(MapInitialisation, readsTheFileAsFarAsItsClosingBraceHoweverMuchFollows)
+{
+    InstalledEngines const installation;
+    fs::resize_file(installation.mapFile(), (std::uintmax_t{64} << 20) + 1);
+
+    expectAccepted(installation, enginesMap);
+}
+
 /// So many levels that no thread's stack could hold a call for each of them.
 TEST(MapInitialisation, copesWithAFileOfAnyDepth)
 {

@@ -209,5 +209,18 @@ TEST(CreateComponent, asksTheFactoryThatReplacedAnotherUnderTheSameId)
     EXPECT_EQ(child.status, 0);
 }
 
+TEST(CreateComponent, remembersAFactoryOnlyIfItStandsUnderItsLibrarysId)
+{
+    // The library takes its factory's id for another component, which is found there from then on.
+    Installed const installation("gives_its_id_away", {"Item"});
+    auto const id = TemporaryInstallation::libraryName("gives_its_id_away") + "->Factory";
+
+    expectLines(installation, {"create Item", "find " + id, "create Item"},
+                {"Usurper(): made", "Usurper(): starts as \"" + id + "\"", "Item(): made", "> create Item = #1 \"\"",
+                 "> find " + id + " = #2 \"" + id + "\"",
+                 "> create Item = " + failed(id, "Component factory failed to load")},
+                "Error loading ComponentFactory: " + id + "\n");
+}
+
 }  // namespace
 }  // namespace Zelm

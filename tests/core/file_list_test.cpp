@@ -81,7 +81,8 @@ TEST(GetFileList, findsThePathsThatMatchAsAWhole)
     std::vector<std::string> const inNames = {"a", "b", ".", "-", "[", "]", "!", "*", "?", "\xc3\xa4", "\xff"};
     std::vector<std::string> inPatterns = inNames;
     inPatterns.insert(inPatterns.end(), {"*", "*", "?", "[ab]", "[!a]", "[\xc3\xa4]", "[^b-]"});
-    std::vector<std::string> const directories = {"literal", "a*b", "a[b", "a[ab]", "\xc3\xa4", "\xff", "with space"};
+    std::vector<std::string> const directories = {"literal",  "a*b",  "a[b",  "a[ab]",
+                                                  "\xc3\xa4", "\xff", "\x7f", "with space"};
     std::set<std::string> names;
     while (names.size() < 40)
         names.insert(randomText(random, inNames));
