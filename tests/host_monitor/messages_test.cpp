@@ -96,8 +96,10 @@ TEST(Messages, areRebuiltFromTheirJsonTextAsWhatTheyWere)
 
         auto const rebuilt = Message::CreateFromMetaData(Zelm::Json::jsonStringtoMetaData(text));
 
-        EXPECT_EQ(typeid(*rebuilt), typeid(*message));
-        EXPECT_EQ(formOf(*rebuilt), text);
+        auto const& original = *message;
+        auto const& again = *rebuilt;
+        EXPECT_EQ(typeid(again), typeid(original));
+        EXPECT_EQ(formOf(again), text);
     }
 }
 

@@ -93,7 +93,7 @@ TEST(Matching, findsPatternsThatDontGoWildFromTheRightInATableOfAnySize)
 {
     auto const hidden = Identifier::toValue(1, any, 7, any);
     auto const everything = Identifier::toValue(any, 1, 2, 3);
-    for (unsigned long const size : {0, 12, 13, 1000, 20000}) {
+    for (unsigned long const size : {0ul, 12ul, 13ul, 1000ul, 20000ul}) {
         SCOPED_TRACE(size);
         MessageDispatcher dispatcher({});
         auto const many = makeQueue();

@@ -75,7 +75,7 @@ TEST(TopicTable, forgetsATopicThatIsErased)
 
 TEST(TopicTable, isAsItWasIfMemoryRunsOutForATopic)
 {
-    for (std::size_t const size : {0, 7, 15}) {  // some of them at the brink of growing
+    for (std::size_t const size : {0u, 7u, 15u}) {  // some of them at the brink of growing
         SCOPED_TRACE(size);
         TopicTable table;
         for (std::size_t i = 0; i < size; ++i)

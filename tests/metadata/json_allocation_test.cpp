@@ -122,7 +122,7 @@ private:
 
 TEST(JsonAllocation, isNotNeededForWhiteSpaceInFrontOfAnObjectOrInside)
 {
-    for (std::size_t const pieceSize : {1, 64, 1 << 20}) {
+    for (std::size_t const pieceSize : {1u, 64u, 1u << 20}) {
         SCOPED_TRACE(pieceSize);
         LongSilence source(pieceSize);
         std::istream stream(&source);

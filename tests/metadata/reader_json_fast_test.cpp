@@ -293,7 +293,7 @@ TEST(FastReader, ordersEachObjectsMembersWhateverTheOrderInTheOnesBefore)
 {
     std::mt19937 random(1);
     std::string const letters = "abcdefghijklmnopqrstuvwxyz";
-    for (std::size_t const size : {2, 3, 7, 26, 62, 63, 64, 65, 100}) {
+    for (std::size_t const size : {2u, 3u, 7u, 26u, 62u, 63u, 64u, 65u, 100u}) {
         std::vector<std::string> names;
         for (std::size_t i = 0; i < size; ++i)
             names.push_back((i % 3 == 0 ? "the same beginning " : "") +

@@ -431,7 +431,7 @@ std::string blanks(std::size_t length, std::vector<std::size_t> const& lineFeeds
 
 TEST(TokenReaderStream, hasItsPlacesCountedThroughAnyAmountOfWhiteSpace)
 {
-    for (std::size_t const length : {0, 1, 2, 63, 64, 65, 66, 127, 128, 129, 130, 200, 1000})
+    for (std::size_t const length : {0u, 1u, 2u, 63u, 64u, 65u, 66u, 127u, 128u, 129u, 130u, 200u, 1000u})
         for (auto const& lineFeeds : {std::vector<std::size_t>{}, {0}, {1}, {64, 65}, {0, 70, 128, 199}}) {
             auto const gap = blanks(length, lineFeeds);
             auto const front = gap + "{" + gap + "\"a\"" + gap + ":" + gap;

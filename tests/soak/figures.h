@@ -2,6 +2,8 @@
 /// What this process holds of the system's resources, and whether that stays the same.
 #pragma once
 
+#include "tests/support/sanitizers.h"
+
 #include <string>
 #include <vector>
 
@@ -18,12 +20,7 @@ struct Figures {
 Figures figuresNow();
 
 /// Whether the figures of memory are this program's own: a sanitizer's runtime keeps what was freed.
-constexpr bool tellsMemory =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    false;
-#else
-    true;
-#endif
+constexpr bool tellsMemory = !Zelm::Testing::underSanitizer;
 
 /// How a figure goes over the time. Robust: some samples that lie far off change nothing.
 struct Trend {

@@ -18,6 +18,8 @@
 /// exit runs destructors and leak checks as any program's does.
 #pragma once
 
+#include "tests/support/sanitizers.h"
+
 #include <map>
 #include <optional>
 #include <string>
@@ -62,15 +64,6 @@ std::vector<std::string> const& childArguments();
 
 /// The path of this test program.
 std::string thisProgram();
-
-/// Whether this is a sanitizer's build. Its runtime replaces dlopen, so that the core library's RUNPATH counts for
-/// nothing there and LD_LIBRARY_PATH has to stand in for it.
-constexpr bool underSanitizer =
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    true;
-#else
-    false;
-#endif
 
 /// Whether these are programs of another processor, which an emulator runs. Limits that the kernel would enforce (of
 /// memory, say) count for the emulator then and not for the program.
