@@ -220,6 +220,33 @@ TEST(Array, clearRemovesAllElements)
     EXPECT_EQ(elements, array({integer(2)}));
 }
 
+TEST(Array, isTheSameWithMemoryReserved)
+{
+    for (unsigned long const reserved : {0UL, 1UL, 3UL, 100UL}) {
+        Array elements;
+        elements.reserve(reserved);
+        EXPECT_TRUE(elements.empty());
+        EXPECT_TRUE(elements.begin() == elements.end());
+        EXPECT_EQ(elements, Array());
+
+        for (long i = 0; i < 5; ++i)
+            elements.insert(integer(i), i % 2 == 0 ? elements.end() : elements.begin());
+
+        EXPECT_EQ(elements, array({integer(3), integer(1), integer(0), integer(2), integer(4)}));
+    }
+}
+
+TEST(Array, keepsItsElementsInPlaceWhenMemoryIsReservedLater)
+{
+    Array elements = array({integer(1)});
+    Element const& element = elements[0];
+
+    elements.reserve(100);
+
+    EXPECT_EQ(&elements[0], &element);
+    EXPECT_EQ(elements, array({integer(1)}));
+}
+
 TEST(Array, copiesAreIndependent)
 {
     Array const source = array({array({integer(1)})});

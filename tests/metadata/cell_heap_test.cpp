@@ -276,6 +276,32 @@ TEST(CellHeapsOfSeveralThreads, doNotGrowBecauseCellsAreGivenBackElsewhere)
     maker.join();
 }
 
+TEST(CellHeapsOfSeveralThreads, takeCellsBackFromSeveralAtOnce)
+{
+    auto const before = CellHeap::slabsInAll();
+    for (int round = 0; round < 5; ++round) {
+        std::vector<Taken> all;
+        std::thread([&all] {  // nobody looks after its heap from then on
+            for (int number = 0; number < 60000; ++number)
+                all.push_back(take(16, static_cast<unsigned char>(number)));
+        })
+            .join();
+
+        std::vector<std::thread> threads;
+        for (std::size_t first = 0; first < 3; ++first) {
+            threads.emplace_back([&all, first] {
+                for (std::size_t i = first; i < all.size(); i += 3)
+                    EXPECT_TRUE(give(all[i]));
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    // The last cells that came back while another thread was tidying up wait for the next thread that has the heap.
+    std::thread([] { EXPECT_TRUE(give(take(16, 1))); }).join();
+    EXPECT_LE(CellHeap::slabsInAll(), before + 1);
+}
+
 TEST(CellHeapsOfSeveralThreads, keepCellsApartWhoeverGivesThemBack)
 {
     std::mutex mutex;

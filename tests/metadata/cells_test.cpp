@@ -1,9 +1,14 @@
 // Trees in a program without an operator new of its own, whose elements lie in cells.
 #include "tests/metadata/elements.h"
+#include "tests/support/child_process.h"
 #include "zelm/metadata/element.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -13,6 +18,8 @@ namespace Zelm::MetaData {
 namespace {
 
 using namespace Testing;
+using Zelm::Testing::ChildOptions;
+using Zelm::Testing::runChild;
 
 Element tree(int depth)
 {
@@ -73,6 +80,37 @@ Element const lasting = tree(2);
 TEST(TreeInCells, mayBeStatic)
 {
     EXPECT_EQ(lasting, tree(2));
+}
+
+/// Prints how far apart the nearest two of many Numbers lie.
+ZELM_CHILD(printsTheLeastDistance)
+{
+    std::vector<Element> const numbers(1000, number(1));
+    std::vector<std::uintptr_t> places;
+    for (Element const& element : numbers)
+        places.push_back(reinterpret_cast<std::uintptr_t>(&element.CastTo<Trivial_T<double>>()));
+    std::sort(places.begin(), places.end());
+    std::uintptr_t least = UINTPTR_MAX;
+    for (std::size_t i = 1; i < places.size(); ++i)
+        least = std::min(least, places[i] - places[i - 1]);
+    std::cout << least;
+    return 0;
+}
+
+// The allocator puts at least a word of its own between any two pieces, and cells have nothing between them. The
+// library needn't exist: only its name is looked at.
+TEST(TreeInCells, isInPiecesOfTheAllocatorsWhenAMemoryCheckerLooksOn)
+{
+    auto const leastDistance = [](std::string const& preloaded) {
+        auto const child = runChild("printsTheLeastDistance", ChildOptions().set("LD_PRELOAD", preloaded));
+        EXPECT_EQ(child.status, 0) << child.err;
+        return std::stoul(child.out);
+    };
+
+    EXPECT_GE(leastDistance("/nowhere/vgpreload_checker.so"), 2 * sizeof(Trivial_T<double>));
+    if (!Zelm::Testing::underSanitizer) {
+        EXPECT_EQ(leastDistance("/nowhere/another.so"), sizeof(Trivial_T<double>));
+    }
 }
 
 }  // namespace

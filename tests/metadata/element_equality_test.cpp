@@ -69,6 +69,26 @@ TEST(ElementEquality, holdsWithinEachKind)
         expectEquality(row.a, row.b, row.equal);
 }
 
+TEST(ElementEquality, holdsWithAValueOfTheKindThatIsTheSame)
+{
+    Object const members = static_cast<Object const&>(object({{"a", integer(1)}}));
+    Array const entries = static_cast<Array const&>(array({integer(1)}));
+
+    EXPECT_TRUE(number(1.5) == Trivial_T<double>(1.5));
+    EXPECT_FALSE(number(1.5) == Trivial_T<double>(2.5));
+    EXPECT_TRUE(integer(1) == Trivial_T<long>(1));
+    EXPECT_FALSE(integer(1) == Trivial_T<long>(2));
+    EXPECT_TRUE(boolean(true) == Trivial_T<bool>(true));
+    EXPECT_FALSE(boolean(true) == Trivial_T<bool>(false));
+    EXPECT_TRUE(string("a") == Trivial_T<std::string>("a"));
+    EXPECT_FALSE(string("a") == Trivial_T<std::string>("b"));
+    EXPECT_TRUE(object({{"a", integer(1)}}) == members);
+    EXPECT_FALSE(object({{"a", integer(2)}}) == members);
+    EXPECT_TRUE(array({integer(1)}) == entries);
+    EXPECT_FALSE(array({integer(2)}) == entries);
+    EXPECT_TRUE(null() == Null());
+}
+
 TEST(ElementEquality, doesNotHoldAcrossKindsButNumberAndInteger)
 {
     // For each kind a value as like the others' as it gets.

@@ -464,5 +464,29 @@ TEST(ReflectorArray, keepsItsVirtualFunctionsInTheirPlacesBehindTheDestructor)
     EXPECT_EQ(slotOf(&BehindArray::next), 6);
 }
 
+TEST(ReflectorArray, readsArraysHoweverTheyCameAbout)
+{
+    Array emptied = static_cast<Array const&>(array({integer(1)}));
+    emptied.erase(emptied.begin());
+    Array grown;  // at both ends, where it has room of its own for each
+    std::vector<int> values;
+    for (int i = 0; i < 100; ++i) {
+        grown.insert(integer(i), i % 3 == 0 ? grown.begin() : grown.end());
+        values.insert(i % 3 == 0 ? values.begin() : values.end(), i);
+    }
+    struct {
+        Array stored;
+        std::vector<int> values;
+    } const cases[] = {{Array(), {}}, {emptied, {}}, {grown, values}};
+
+    for (auto const& row : cases) {
+        Ints numbers(nullptr, "numbers", {7});
+        numbers.copyFromMetaData(object({{"numbers", Element(row.stored)}}));
+        EXPECT_EQ(numbers(), row.values);
+        numbers.copyFromMetaData(object({{"numbers", Element(Array(row.stored))}}));
+        EXPECT_EQ(numbers(), row.values);
+    }
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

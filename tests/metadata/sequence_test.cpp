@@ -20,6 +20,18 @@
 namespace Zelm::MetaData {
 namespace {
 
+/// A value whose blocks can't be long.
+struct Limited {
+    Element value;
+    friend bool operator==(Limited const& a, Limited const& b) { return a.value == b.value; }
+};
+
+}  // namespace
+
+template <> constexpr std::size_t Private::longestBlock<Limited> = 8;
+
+namespace {
+
 using Testing::integer;
 using Testing::string;
 using Zelm::Testing::AllocationCount;
@@ -310,6 +322,83 @@ TEST(Sequence, takesOneBlockForAKnownSize)
     auto const made = allocations.made();
 
     EXPECT_EQ(made, 2u);
+}
+
+TEST(Sequence, takesItsMemoryWhenItIsReserved)
+{
+    Elements elements;
+    auto const failures =
+        failEachAllocationInTurn([&] { elements.reserve(100); }, [&] { ASSERT_TRUE(elements.empty()); });
+    EXPECT_EQ(failures, 1u);
+    EXPECT_TRUE(elements.empty());
+
+    AllocationCount const allocations;
+    for (int i = 0; i < 100; ++i)
+        elements.insert(elements.end(), Element());
+    auto const made = allocations.made();
+    EXPECT_EQ(made, 0u);
+}
+
+TEST(Sequence, reservesNothingBesideWhatItHas)
+{
+    Elements elements = numbered(1);
+    Elements cleared = numbered(1);
+    cleared.clear();
+
+    AllocationCount const allocations;
+    elements.reserve(100);
+    auto const madeBeside = allocations.made();
+    cleared.reserve(100);
+    auto const madeWhenCleared = allocations.made();
+
+    EXPECT_EQ(madeBeside, 0u);
+    EXPECT_EQ(madeWhenCleared, 1u);
+    EXPECT_TRUE(elements == numbered(1));
+}
+
+TEST(Sequence, goesOnInAnotherBlockWhereOneCanNotBeLongEnough)
+{
+    for (std::size_t const size : {7U, 8U, 9U, 16U, 100U}) {
+        SCOPED_TRACE(size);
+        std::vector<Limited> values;
+        while (values.size() < size)
+            values.push_back({integer(static_cast<long>(values.size()))});
+        auto const isAllOf = [&](Private::Sequence<Limited> const& sequence) {
+            return sequence.size() == size && std::equal(values.begin(), values.end(), sequence.begin());
+        };
+
+        auto source = values;
+        Private::Sequence<Limited> taken;
+        taken.take(source.data(), size);
+        EXPECT_TRUE(isAllOf(taken));
+
+        Private::Sequence<Limited> inserted;
+        inserted.reserve(size);
+        for (Limited value : values)
+            inserted.insert(inserted.end(), std::move(value));
+        EXPECT_TRUE(isAllOf(inserted));
+
+        Private::Sequence<Limited> const copy(taken);
+        EXPECT_TRUE(isAllOf(copy));
+        EXPECT_EQ(copy[size - 1].value, integer(static_cast<long>(size - 1)));
+
+        taken.resize(size + 20);
+        EXPECT_EQ(taken.size(), size + 20);
+        taken.resize(size);
+        EXPECT_TRUE(isAllOf(taken));
+    }
+}
+
+TEST(Sequence, leavesNothingBehindWhenMemoryRunsOutInTheMiddleOfACopy)
+{
+    Private::Sequence<Limited> source;
+    source.resize(50);
+
+    Private::Sequence<Limited> copy;
+    auto const failures = failEachAllocationInTurn([&] { copy = source; }, [&] { ASSERT_TRUE(copy.empty()); });
+
+    EXPECT_GT(failures, 5u);  // a block for each eight, and their table
+    EXPECT_TRUE(copy == source);
 }
 
 TEST(Sequence, takesValuesOverInOneBlock)

@@ -38,6 +38,10 @@
 
 namespace Zelm::MetaData::Private {
 
+/// How many values a block can hold: as many as its numbers can tell. An even number, and for each type its own, so
+/// that what happens to sequences that long can be tested with short ones.
+template <class T> constexpr std::size_t longestBlock = std::numeric_limits<std::uint32_t>::max() - 1;
+
 template <class T> class Sequence {
     static_assert(std::is_nothrow_default_constructible_v<T> && std::is_nothrow_move_constructible_v<T> &&
                   std::is_nothrow_move_assignable_v<T> && std::is_nothrow_destructible_v<T>);
@@ -288,10 +292,8 @@ public:
     friend bool operator!=(Sequence const& a, Sequence const& b) { return !(a == b); }
 
 private:
-    // The first block is small, as most arrays are, and the next one takes at least what a cell can hold. No block is
-    // longer than its numbers can tell.
+    // The first block is small, as most arrays are, and the next one takes at least what a cell can hold.
     static constexpr std::size_t smallest = 4;
-    static constexpr std::size_t longest = std::numeric_limits<std::uint32_t>::max() - 1;
 
     struct Block {
         Table* table;         // null if this is the only block
@@ -390,7 +392,7 @@ private:
         std::size_t const alreadyThere = size();
         std::size_t const capacity = std::max(wanted, alreadyThere == 0 ? 0 : std::max(cellful, alreadyThere));
         // An even one: the allocator hands out multiples of two words, less one.
-        return Block::make(std::min(capacity + capacity % 2, longest));
+        return Block::make(std::min(capacity + capacity % 2, longestBlock<T>));
     }
 
     /// Room for another entry.
@@ -425,8 +427,6 @@ private:
 
     Block* addFront()
     {
-        if (!first_)
-            return first_ = makeBlock(smallest);
         Table& table = tableWithRoom();
         Block* const block = makeBlock(smallest);
         table.put(0, {block, table.entries()[0].base - block->capacity});
@@ -443,11 +443,10 @@ private:
         return block->to < block->capacity ? block : addBack(wanted);
     }
 
+    /// Not for an empty sequence: what comes into one is put behind.
     Block* blockWithRoomInFront()
     {
-        if (first_ && first_->from == first_->to)
-            first_->from = first_->to = first_->capacity;
-        if (first_ && first_->from > 0)
+        if (first_->from > 0)
             return first_;
         Block* const block = addFront();
         block->from = block->to = block->capacity;
@@ -490,12 +489,13 @@ private:
         }
     }
 
+    /// There is another value: the only one is taken from behind.
     void popFront() noexcept
     {
         Block* const block = first_;
         ++block->from;
         std::destroy_at(block->begin() - 1);
-        if (block->from == block->to && block != block->last()) {
+        if (block->from == block->to) {
             Table& table = *block->table;
             table.remove(0);
             first_ = table.entries()[0].block;
