@@ -129,5 +129,60 @@ TEST(WriterJsonNumbers, areRoundedToTheEvenDigitFromTheMiddleBetweenTwo)
     EXPECT_EQ(stream.str(), "1000.0000076293945312 1000.0000228881835938");
 }
 
+/// While this lives, the processor computes with zero in place of each subnormal number, as in all of a program that
+/// is linked with -ffast-math.
+class SubnormalsAreZero {
+public:
+    SubnormalsAreZero() { setControl(before_ | flush); }
+    ~SubnormalsAreZero() { setControl(before_); }
+    SubnormalsAreZero(SubnormalsAreZero const&) = delete;
+    SubnormalsAreZero& operator=(SubnormalsAreZero const&) = delete;
+
+private:
+#if defined(__x86_64__)
+    using Control = unsigned int;
+    static constexpr Control flush = 0x8040;  // of results and of operands
+    static Control control()
+    {
+        return __builtin_ia32_stmxcsr();
+    }
+    static void setControl(Control value)
+    {
+        __builtin_ia32_ldmxcsr(value);
+    }
+#elif defined(__aarch64__)
+    using Control = std::uint64_t;
+    static constexpr Control flush = Control{1} << 24;
+    static Control control()
+    {
+        Control value = 0;
+        asm volatile("mrs %0, fpcr" : "=r"(value));
+        return value;
+    }
+    static void setControl(Control value)
+    {
+        asm volatile("msr fpcr, %0" : : "r"(value));
+    }
+#endif
+
+    Control const before_ = control();
+};
+
+TEST(WriterJsonNumbers, thatAreSubnormalAreWrittenEvenIfTheProcessorTakesThemForZero)
+{
+    std::ostringstream stream;
+    {
+        SubnormalsAreZero const flushed;
+        for (double const number : {std::numeric_limits<double>::denorm_min(), -withBits(0, 0xFFFFFFFFFFFFF)}) {
+            double volatile const seen = number;
+            ASSERT_EQ(seen * 1.0, 0.0);
+            WriterJson::Write(Trivial_T<double>(number), stream, false);
+            stream << ' ';
+        }
+        WriterJson::Write(Trivial_T<double>(-0.0), stream, false);
+    }
+    EXPECT_EQ(stream.str(), "4.9406564584124654418e-324 -2.225073858507200889e-308 -0");
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <fstream>
 #include <functional>
 #include <iomanip>
 #include <ostream>
@@ -141,7 +142,7 @@ TEST(WriterJsonStream, thatFlushesEachOutputDoesSoOnceForEachPieceAndNotForEmpty
     }
 }
 
-TEST(WriterJsonStream, takesAStringInOnePieceBetweenItsEscapes)
+TEST(WriterJsonStream, takesAStringInOnePieceBetweenItsEscapesOnPurpose)
 {
     auto const cost = costOnAUnitBufferedStream();
     RoomyDestination destination;
@@ -152,6 +153,24 @@ TEST(WriterJsonStream, takesAStringInOnePieceBetweenItsEscapes)
 
     EXPECT_EQ(destination.content(), "\"\\nlong run\\t\\tanother\"");
     EXPECT_EQ(destination.flushes, 7 * cost.piece + cost.end);  // quotes, escapes and two runs
+}
+
+/// The library's own file buffer takes such a byte, which it has no room for, and keeps it behind its end.
+TEST(WriterJsonStream, getsNothingBehindTheEndOfAFileThatRefusedAByte)
+{
+    constexpr std::size_t size = 64;
+    std::string memory(10 * size, '#');
+    std::ofstream file;
+    file.rdbuf()->pubsetbuf(memory.data(), size);
+    file.open("/dev/full");
+    for (std::size_t i = 0; i < size && file.rdbuf()->sputc('x') != std::char_traits<char>::eof();)
+        ++i;
+    ASSERT_TRUE(file.good()) << "the stream hasn't heard of it";
+
+    WriterJson::Write(Trivial_T<std::string>(std::string(4 * size, 'a')), file, false);
+
+    EXPECT_TRUE(file.bad());
+    EXPECT_EQ(memory.substr(size), std::string(9 * size, '#'));
 }
 
 TEST(WriterJsonStream, keepsWhatItHeldBehindTheTextThatIsWritten)

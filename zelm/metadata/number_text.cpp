@@ -14,6 +14,21 @@ namespace {
 
 static_assert(std::numeric_limits<double>::is_iec559 && std::numeric_limits<double>::digits == 53);
 
+constexpr int mantissaSize = 52;
+
+std::uint64_t bitsOf(double number)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    return bits;
+}
+
+/// As it is stored: 1023 more than the power of two.
+int exponentOf(std::uint64_t bits)
+{
+    return static_cast<int>(bits >> mantissaSize & 0x7FF);
+}
+
 __extension__ using Wide = unsigned __int128;
 
 constexpr std::uint32_t powersOfTen[] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
@@ -118,15 +133,20 @@ char* writeAnyNumber(char* at, double number)
 
 }  // namespace
 
+// By the bits, as such a processor compares it as zero.
+bool isSubnormal(double number)
+{
+    auto const bits = bitsOf(number);
+    return exponentOf(bits) == 0 && bits << 1 != 0;
+}
+
 // From 2^-12 up to 2^52 a double is a whole number of 53 bits and a fraction of 64, and its text has no exponent. The
 // decimals are the whole parts of that fraction times powers of ten, in integers of 128 bits and so exact; all that is
 // ever rounded is the last one of them.
 char* writeNumber(char* at, double number)
 {
-    constexpr int mantissaSize = 52;
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &number, sizeof bits);
-    int const exponent = static_cast<int>(bits >> mantissaSize & 0x7FF) - 1023;
+    auto const bits = bitsOf(number);
+    int const exponent = exponentOf(bits) - 1023;
     if (exponent < -12 || exponent >= mantissaSize)
         return writeAnyNumber(at, number);
 

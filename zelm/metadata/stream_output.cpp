@@ -5,7 +5,7 @@
 
 namespace Zelm::MetaData::Private {
 
-bool StreamOutput::looksPlain() const
+bool StreamOutput::hasPlainFormat() const
 {
     using Flags = std::ios_base;
     constexpr auto numeric =

@@ -86,7 +86,7 @@ WriterJson::~WriterJson() = default;
 
 template <class T> void WriterJson::writeAndFlush(T const& value, std::ostream& stream, bool pretty)
 {
-    {
+    {  // the stream has to have all of the text when it is flushed
         Work work(stream);
         WriterJson writer(stream, pretty, work);
         writer.Write_i(value);
@@ -257,7 +257,7 @@ void WriterJson::Write_i(Trivial_T<double> const& value)
 {
     double const number = value;
     stream_.precision(Private::significantDigits);  // and left so, on purpose
-    if (work_.output.formatsNumbersPlainly())
+    if (work_.output.formatsNumbersPlainly() && !Private::isSubnormal(number))
         work_.output.putMade([&](char* at) { return Private::writeNumber(at, number); });
     else
         work_.output.useStream([&] { stream_ << number; });

@@ -48,7 +48,8 @@ struct StreamBuffer : std::streambuf {
     {
         char* const next = (buffer.*&StreamBuffer::pptr)();
         char* const end = (buffer.*&StreamBuffer::epptr)();
-        return {next, static_cast<std::size_t>(end - next)};
+        // A file that refused a byte has put it at the end of its room, and stands behind it.
+        return {next, next < end ? static_cast<std::size_t>(end - next) : 0};
     }
 
     /// Takes so many bytes, written there, for output.

@@ -1,7 +1,8 @@
 /// @file
 /// Private to the JSON writer. Unformatted output in many small pieces. Each piece ends up where, and has the effects
 /// that, stream.write has; only that a piece for which the stream's buffer has room is copied there at once, which
-/// calls nobody's code, and the stream is told of it later.
+/// calls nobody's code, and the stream is told of it later. Tells as well whether numbers may be put that way, without
+/// the stream's formatted output.
 ///
 ///     StreamOutput output(stream);
 ///     output.put("{");
@@ -50,14 +51,10 @@ inline void copyBytes(char* to, char const* from, std::size_t size)
 
 class StreamOutput {
 public:
-    explicit StreamOutput(std::ostream& stream) : stream_(stream) { look(); }
+    explicit StreamOutput(std::ostream& stream) : stream_(stream) { takeRoom(); }
     StreamOutput(StreamOutput const&) = delete;
     StreamOutput& operator=(StreamOutput const&) = delete;
-    ~StreamOutput() { tell(); }
-
-    /// Pieces that have room one after the other have room together, so that several may be put as one if this says
-    /// that there is room, and need only be told apart if not.
-    bool hasRoomFor(std::size_t size) const { return size <= static_cast<std::size_t>(end_ - next_); }
+    ~StreamOutput() { commit(); }
 
     void put(std::string_view piece)
     {
@@ -86,46 +83,47 @@ public:
     /// For all that isn't done here, the stream as if nobody wrote to its buffer.
     template <class Use> void useStream(Use const& use)
     {
-        tell();
+        commit();
         use();
-        look();
+        takeRoom();
     }
 
-    /// Whether the stream's formatted output of a number is the bare digits of printf in the "C" locale, as
-    /// std::to_chars gives them much faster. to_chars always rounds to nearest, where formatted output follows the
-    /// rounding mode.
+    /// Whether the stream's formatted output of a number is the bare digits of printf in the "C" locale, rounded to
+    /// nearest: formatted output follows the rounding mode, and digits that are made here don't.
     bool formatsNumbersPlainly()
     {
         if (!formatsNumbersPlainly_)
-            formatsNumbersPlainly_ = looksPlain();
+            formatsNumbersPlainly_ = hasPlainFormat();
         return *formatsNumbersPlainly_;
     }
 
 private:
+    bool hasRoomFor(std::size_t size) const { return size <= static_cast<std::size_t>(end_ - next_); }
+
     /// Takes the room that unformatted output would use without a look at anything else. None otherwise.
-    void look()
+    void takeRoom()
     {
         formatsNumbersPlainly_.reset();
-        told_ = next_ = end_ = nullptr;
+        committed_ = next_ = end_ = nullptr;
         if (!writesToItsBufferAlone(stream_))
             return;
         auto const room = StreamBuffer::writable(*stream_.rdbuf());
         constexpr std::size_t most = std::numeric_limits<int>::max();  // pbump counts in int
-        told_ = next_ = room.first;
+        committed_ = next_ = room.first;
         end_ = room.first + std::min(room.size, most);
     }
 
-    void tell()
+    void commit()
     {
-        if (next_ != told_)
-            StreamBuffer::moveOn(*stream_.rdbuf(), static_cast<int>(next_ - told_));
-        told_ = next_;
+        if (next_ != committed_)
+            StreamBuffer::moveOn(*stream_.rdbuf(), static_cast<int>(next_ - committed_));
+        committed_ = next_;
     }
 
-    bool looksPlain() const;
+    bool hasPlainFormat() const;
 
     std::ostream& stream_;
-    char* told_ = nullptr;  // up to here the stream knows
+    char* committed_ = nullptr;  // up to here the stream knows
     char* next_ = nullptr;
     char* end_ = nullptr;
     std::optional<bool> formatsNumbersPlainly_;  // unless somebody else may have set the stream since
