@@ -2,7 +2,8 @@
 
 Changes are made in copies below build/mutate, never to the files at hand: a comparison, an operator, a condition or a
 constant becomes another, a statement goes. Each mutant is noticed by a test (a failure, a crash, no end), or it
-survives; one that can't be compiled is invalid. Survivors are to be read: either a test is missing, or the change makes
+survives; one that can't be compiled is invalid. Tests that don't end run once more, with twice the time, and all run once
+more before a mutant survives. Survivors are to be read: either a test is missing, or the change makes
 no difference, and then it is listed in scripts/mutation/equal_mutants.txt with the reason. Those aren't tried again.
 Which sites are tried is a sample by a fixed seed; --all tries each of them.
 
@@ -42,7 +43,8 @@ def arguments():
     parser.add_argument("--seed", type=int, default=1, metavar="N", help="which N of them (1)")
     parser.add_argument("--files", metavar="PATTERN", help="only files whose path matches, as zelm/core/* does")
     parser.add_argument("--jobs", type=count, default=1, metavar="N", help="mutants at a time, each with a build (1)")
-    parser.add_argument("--seconds", type=seconds, metavar="LIMIT", help="begin no further mutant after this time")
+    parser.add_argument("--seconds", type=seconds, metavar="LIMIT",
+                        help="begin no further mutant after this time, which counts from when all is built and measured")
     parser.add_argument("--list", action="store_true", help="print the sites instead of trying them")
     options = parser.parse_args()
     if options.site and options.files:
@@ -101,8 +103,7 @@ def main():
         print(report.diff_of(sites[0]), flush=True)
         reasons = {}
     signal.signal(signal.SIGTERM, signal.default_int_handler)  # ends as Ctrl-C does, with a report
-    deadline = begin + options.seconds if options.seconds else None
-    campaign = Campaign(ROOT, options.jobs, reasons, say, deadline)
+    campaign = Campaign(ROOT, options.jobs, reasons, say, options.seconds)
     left = campaign.run(sites)
 
     verdicts = campaign.verdicts

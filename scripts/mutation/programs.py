@@ -12,6 +12,7 @@ import re
 import resource
 import signal
 import subprocess
+import tempfile
 import time
 from dataclasses import dataclass
 
@@ -104,9 +105,13 @@ class Outcome:
 
 def run_stage(stage, build, scratch, timeout):
     """Runs the tests up to the first failure, within limits of time, memory and what they may write."""
-    log_path = os.path.join(scratch, "tests.log")
-    temporary = os.path.join(scratch, "tmp")
-    os.makedirs(temporary, exist_ok=True)
+    # Not below the tree, whose path the tests' own files would have in theirs: it may hold words by which the search for
+    # component libraries leaves a file out, or characters that mean others to a pattern.
+    with tempfile.TemporaryDirectory(prefix="zelm-mutate-", dir="/tmp", ignore_cleanup_errors=True) as temporary:
+        return _run_in(temporary, stage, build, os.path.join(scratch, "tests.log"), timeout)
+
+
+def _run_in(temporary, stage, build, log_path, timeout):
     command = [os.path.join(build, "bin", stage.program), "--gtest_fail_fast", "--gtest_color=no"]
     command.append("--gtest_filter=" + stage.filter)
     begin = time.monotonic()

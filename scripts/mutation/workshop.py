@@ -3,7 +3,6 @@
 import json
 import os
 import shlex
-import shutil
 import subprocess
 
 from mutation.programs import folder_of
@@ -160,6 +159,3 @@ class Workshop:
             self._outdated.update(self._targets(path))
         elif is_widely_included(path):
             self._compile(self._targets(path), "")
-
-    def clean_up(self):
-        shutil.rmtree(os.path.join(self.directory, "tmp"), ignore_errors=True)

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <regex>
 #include <sstream>
 
@@ -18,6 +19,7 @@ using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::MatchesRegex;
 using ::testing::Not;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 namespace {
@@ -275,15 +277,76 @@ TEST(MutateScript, showsAndTriesOneSiteAloneAlsoIfItIsListed)
     EXPECT_EQ(child.status, 0) << "the list has a reason for it";
 }
 
-TEST(MutateScript, beginsNoSiteWhenTimeIsUpAndFailsIfItTriedNone)
+TEST(MutateScript, countsItsTimeFromWhereTheFirstSiteIsTriedAndBeginsNoneWhenItIsUp)
+{
+    MutateScript const script;
+    script.canBeBuilt("return a");
+    auto const child = script.run({"--all", "--seconds", "0.000001"});
+
+    EXPECT_THAT(verdictsIn(child.out), SizeIs(1));
+    EXPECT_THAT(child.out, HasSubstr("\ntime was up: 3 of 4 sites weren't tried\n"));
+}
+
+TEST(MutateScript, failsIfItTriedNone)
+{
+    MutateScript const script("int sum(int a, int b)\n{\n    return a + b;\n}\n");
+    script.canBeBuilt("a");
+    script.listAsEqual("zelm/core/small.cpp: sum\n- return a + b;\n+ return a - b;\n= it is called with 0 only\n");
+    auto const child = script.run({"--all"});
+
+    EXPECT_THAT(child.err, EndsWith("mutate: no mutant was tried\n"));
+    EXPECT_EQ(child.status, 1);
+}
+
+TEST(MutateScript, runsAllTestsOnceMoreBeforeAChangeSurvives)
+{
+    MutateScript const script("int sum(int a, int b)\n{\n    return a + b;\n}\n");
+    script.canBeBuilt("a");
+    // The test of the last program to run notices the change, but only the second time.
+    script.tree().writeProgram("tools/tests", "echo '[ RUN      ] Small.isRight'\n"
+                                              "grep -q 'a + b' \"${0%/build/dev/*}/zelm/core/small.cpp\" && exit 0\n"
+                                              "case $0 in *_msgs_tests) ;; *) exit 0 ;; esac\n"
+                                              "[ -e " +
+                                                  script.tree() / "once ] || exec touch " + script.tree() / "once\n" +
+                                                  "echo '[  FAILED  ] Small.isRight (0 ms)'\n"
+                                                  "exit 1");
+    auto const child = script.run({"--all"});
+
+    EXPECT_THAT(verdictsIn(child.out),
+                ElementsAre("noticed   zelm/core/small.cpp:3 sum [arithmetic]  (msgs: Small.isRight)"));
+    EXPECT_EQ(child.status, 0) << child.err;
+}
+
+TEST(MutateScript, givesTestsThatDontEndTwiceTheTimeOnce)
+{
+    MutateScript const script("int sum(int a, int b)\n{\n    return a + b;\n}\n");
+    script.canBeBuilt("a");
+    script.tree().writeProgram("tools/tests", "echo '[ RUN      ] Small.isRight'\n"
+                                              "grep -q 'a + b' \"${0%/build/dev/*}/zelm/core/small.cpp\" && exit 0\n"
+                                              "[ -e " +
+                                                  script.tree() / "once ] || { touch " +
+                                                  script.tree() / "once; exec sleep 600; }\n" +
+                                                  "echo '[  FAILED  ] Small.isRight (0 ms)'\n"
+                                                  "exit 1");
+    auto const child = script.run({"--all"});
+
+    EXPECT_THAT(verdictsIn(child.out),
+                ElementsAre("noticed   zelm/core/small.cpp:3 sum [arithmetic]  (core: Small.isRight)"));
+}
+
+TEST(MutateScript, letsTestsKeepTheirFilesWhereThePathHasNoWordOfTheTrees)
 {
     MutateScript const script;
     script.canBeBuilt("a");
-    auto const child = script.run({"--all", "--seconds", "0.001"});
+    script.tree().writeProgram("tools/tests", "[ \"$TMPDIR\" = \"$PWD\" ] || exit 1\n"
+                                              "touch file\n"
+                                              "echo \"$TMPDIR\" >" +
+                                                  script.tree() / "folder");
+    script.run({"--sample", "1"});
 
-    EXPECT_THAT(child.out, HasSubstr("\ntime was up: 4 of 4 sites weren't tried\n"));
-    EXPECT_THAT(child.err, EndsWith("mutate: no mutant was tried\n"));
-    EXPECT_EQ(child.status, 1);
+    auto const folder = script.fileIn("folder");
+    EXPECT_THAT(folder, MatchesRegex("/tmp/zelm-mutate-[a-z0-9_]+\n"));
+    EXPECT_FALSE(std::filesystem::exists(folder.substr(0, folder.size() - 1))) << "nothing is left behind";
 }
 
 TEST(MutateScript, triesNothingOnSourcesThatDontBuildOrFailTheirTestsAsTheyStand)
@@ -325,12 +388,14 @@ TEST(MutateScript, runsTheTestsOfTheFolderThenItsFurtherProgramsThenThoseOfItsUs
 
         auto const ran = mutateLines(script.fileIn("ran"));
         std::vector<std::string> programs;
-        // The first half is what they say of the source as it stands.
-        for (auto line = ran.begin() + static_cast<std::ptrdiff_t>(ran.size() / 2); line != ran.end(); ++line)
+        // The first third is what they say of the source as it stands; the last one, what they say of the change again.
+        auto const third = static_cast<std::ptrdiff_t>(ran.size() / 3);
+        for (auto line = ran.begin() + third; line != ran.end() - third; ++line)
             if (auto const name = line->substr(0, line->find(' ')); programs.empty() || programs.back() != name)
                 programs.push_back(name);
-        EXPECT_EQ(ran.size() % 2, 0u);
+        EXPECT_EQ(ran.size() % 3, 0u);
         EXPECT_EQ(programs, row.programs);
+        EXPECT_TRUE(std::equal(ran.end() - third, ran.end(), ran.begin() + third));
     }
 }
 
