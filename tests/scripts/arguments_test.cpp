@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <regex>
 #include <set>
-#include <sstream>
 
 namespace Zelm::Testing {
 
@@ -45,15 +44,6 @@ std::string joined(std::vector<std::string> const& words)
     for (auto const& word : words)
         text += (text.empty() ? "" : ", ") + word;
     return text;
-}
-
-std::vector<std::string> linesOf(std::string const& text)
-{
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
 }
 
 /// Arguments that are refused, with the line about them.

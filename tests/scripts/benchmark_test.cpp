@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <sstream>
 
 namespace Zelm::Testing {
 
@@ -53,8 +54,7 @@ private:
 /// The cells of the table's row that begins with these words, blanks left out; empty if there is none.
 std::vector<std::string> rowOf(std::string const& table, std::string const& what, std::string const& against)
 {
-    std::istringstream lines(table);
-    for (std::string line; std::getline(lines, line);) {
+    for (auto const& line : linesOf(table)) {
         std::vector<std::string> cells;
         std::istringstream columns(line);
         for (std::string cell; std::getline(columns, cell, '|');) {

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
-#include <sstream>
 
 namespace Zelm::Testing {
 
@@ -93,22 +92,13 @@ private:
     std::string const source_;
 };
 
-std::vector<std::string> mutateLines(std::string const& text)
-{
-    std::istringstream stream(text);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
 /// What a run says of each site, without the site's ident and the time, in alphabetical order.
 std::vector<std::string> verdictsIn(std::string const& out)
 {
     std::vector<std::string> found;
     std::regex const verdict("((noticed|timed out|survived|invalid|equal|same code) +)[0-9a-f]{8} (.*) [0-9.]+ s");
     std::smatch match;
-    for (auto const& line : mutateLines(out))
+    for (auto const& line : linesOf(out))
         if (std::regex_match(line, match, verdict))
             found.push_back(match[1].str() + match[3].str());
     std::sort(found.begin(), found.end());
@@ -131,7 +121,7 @@ TEST(MutateScript, listsEachSiteWithItsChangeAndNeedsNoBuild)
     MutateScript const script;
     auto const child = script.run({"--list", "--all"});
 
-    auto lines = mutateLines(child.out);
+    auto lines = linesOf(child.out);
     ASSERT_EQ(lines.size(), 13u) << child.out;
     for (std::size_t i = 0; i < 12; i += 3) {
         EXPECT_THAT(lines[i], MatchesRegex("[0-9a-f]{8} zelm/core/small.cpp:[38] .*"));
@@ -386,7 +376,7 @@ TEST(MutateScript, runsTheTestsOfTheFolderThenItsFurtherProgramsThenThoseOfItsUs
         script.canBeBuilt("return a");  // what nothing notices goes through all of them
         script.run({"--all"});
 
-        auto const ran = mutateLines(script.fileIn("ran"));
+        auto const ran = linesOf(script.fileIn("ran"));
         std::vector<std::string> programs;
         // The first third is what they say of the source as it stands; the last one, what they say of the change again.
         auto const third = static_cast<std::ptrdiff_t>(ran.size() / 3);

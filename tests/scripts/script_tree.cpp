@@ -1,6 +1,7 @@
 #include "script_tree.h"
 
 #include <filesystem>
+#include <sstream>
 
 namespace Zelm::Testing {
 
@@ -31,6 +32,15 @@ void ScriptTree::writeProgram(std::string const& path, std::string const& lines)
 {
     writeFile(tree_ / path, "#!/bin/sh\n" + lines + '\n');
     fs::permissions(tree_ / path, fs::perms::owner_all);
+}
+
+std::vector<std::string> linesOf(std::string const& text)
+{
+    std::istringstream stream(text);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
 }
 
 }  // namespace Zelm::Testing

@@ -35,4 +35,6 @@ private:
     TemporaryDirectory const tree_;
 };
 
+std::vector<std::string> linesOf(std::string const& text);
+
 }  // namespace Zelm::Testing
