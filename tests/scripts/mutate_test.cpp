@@ -79,9 +79,14 @@ public:
 
     ChildResult run(std::vector<std::string> const& arguments) const
     {
+        return tree_.run("scripts/mutate", arguments, withTools());
+    }
+
+    /// The tree's tools are found before the system's.
+    ChildOptions withTools() const
+    {
         auto const* const path = std::getenv("PATH");
-        return tree_.run("scripts/mutate", arguments,
-                         ChildOptions().set("PATH", tree_ / "tools:" + (path ? path : "/usr/bin:/bin")));
+        return ChildOptions().set("PATH", tree_ / "tools:" + (path ? path : "/usr/bin:/bin"));
     }
 
     std::string fileIn(std::string const& path) const { return readFile(tree_ / path); }
@@ -386,6 +391,38 @@ TEST(MutateScript, runsTheTestsOfTheFolderThenItsFurtherProgramsThenThoseOfItsUs
         EXPECT_EQ(ran.size() % 3, 0u);
         EXPECT_EQ(programs, row.programs);
         EXPECT_TRUE(std::equal(ran.end() - third, ran.end(), ran.begin() + third));
+    }
+}
+
+TEST(MutateScript, compilesWhatTheChangedFileGoesIntoWithoutWarningsAndTheRestFromTheCache)
+{
+    MutateScript const script;
+    script.tree().writeProgram("tools/ccache", "echo cached");
+    script.tree().writeProgram("tools/compiler", "echo \"$@\"");
+    auto const joined = script.tree() / "unity_0_cxx.cxx";
+    writeFile(joined, "#include \"/top/zelm/core/small.cpp\"\n\n#include \"/top/zelm/core/other.cpp\"\n");
+    struct Case {
+        char const* mutant;
+        std::string source;
+        bool isChanged;
+    };
+    Case const cases[] = {
+        {"", "/top/zelm/core/small.cpp", false},
+        {"", joined, false},
+        {"zelm/core/small.cpp", "/top/zelm/core/small.cpp", true},
+        {"zelm/core/small.cpp", "/top/zelm/core/third.cpp", false},
+        {"zelm/core/small.cpp", joined, true},
+        {"zelm/core/third.cpp", joined, false},
+        {"*", "/top/zelm/core/third.cpp", true},
+        {"*", joined, true},
+    };
+    for (auto const& row : cases) {
+        SCOPED_TRACE(std::string(row.mutant) + " in " + row.source);
+        auto const child = script.tree().run("scripts/mutation/compiler_launcher",
+                                             {script.tree() / "tools/compiler", "-Werror", "-c", row.source},
+                                             script.withTools().set("ZELM_MUTANT", row.mutant));
+        EXPECT_EQ(child.out, row.isChanged ? "-Werror -c " + row.source + " -g0 -w\n" : "cached\n");
+        EXPECT_EQ(child.status, 0) << child.err;
     }
 }
 
