@@ -7,7 +7,7 @@ import threading
 import time
 from dataclasses import dataclass
 
-from mutation.programs import folder_of, run_stage, stages_for
+from mutation.programs import own_programs_of, run_stage, stages_for
 from mutation.sites import is_widely_included
 from mutation.workshop import Workshop
 
@@ -149,7 +149,7 @@ def _stages(site):
     """Where a public header was changed, the programs of other folders would have to be built again."""
     stages = stages_for(site.path)
     if is_widely_included(site.path):
-        return [stage for stage in stages if stage.folder == folder_of(site.path)]
+        return [stage for stage in stages if stage.program in own_programs_of(site.path)]
     return stages
 
 

@@ -46,7 +46,13 @@ _LONG = {
     ],
 }
 # Further programs of a folder, with the sources (without their endings) that they are there for.
-_FURTHER_PROGRAMS = {"metadata": [("reader_memory", "reader_json_fast level_stack")]}
+_FURTHER_PROGRAMS = {
+    "metadata": [
+        ("reader_memory", "reader_json_fast level_stack"),
+        ("metadata_cell_heap", "cell_heap"),
+        ("metadata_cells", "cell_heap cells operator_new"),
+    ]
+}
 _LEFT_OUT = {
     "metadata": ["DeepElement.ofAMillionLevels*"],
     "messaging": ["ForwardingUnderLoad.*", "UnderLoad.*"],
@@ -93,6 +99,12 @@ def stages_for(path):
         if stem in sources.split():
             stages.append(Stage(program))
     return stages + [Stage(user) for user in _USERS.get(folder, [])]
+
+
+def own_programs_of(path):
+    """The programs of the file's folder among them: the only ones that may have a part of it compiled into them."""
+    users = {Stage(user).program for user in _USERS.get(folder_of(path), [])}
+    return sorted({stage.program for stage in stages_for(path)} - users)
 
 
 @dataclass

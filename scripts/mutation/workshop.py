@@ -5,7 +5,7 @@ import os
 import shlex
 import subprocess
 
-from mutation.programs import folder_of
+from mutation.programs import own_programs_of
 from mutation.sites import is_widely_included
 
 _NOT_COPIED = {"build", "examples", "docs", "__pycache__"}
@@ -96,10 +96,10 @@ class Workshop:
         return self._compile(self._targets(path), "*" if path.endswith(".h") else path)
 
     def make_ready(self, program, path):
-        """Builds a program again that an earlier mutant went into, while another one is tried."""
+        """Builds again what earlier mutants went into, if the program is among it, while another one is tried."""
         if program in self._outdated:
+            self._compile(sorted(self._outdated), path)
             self._outdated.clear()
-            self._compile(["ZelmMessaging", program], path)
 
     def _compile(self, targets, mutant):
         finished = subprocess.run(
@@ -113,10 +113,9 @@ class Workshop:
         return finished.returncode == 0, finished.stdout
 
     def _targets(self, path):
-        program = f"zelm_{folder_of(path)}_tests"
-        if path.startswith("component_libraries/"):
-            return ["ZelmMessaging", program]  # the tests compile the library's code once more
-        return ["ZelmCore", program] if is_widely_included(path) else ["ZelmCore"]
+        library = "ZelmMessaging" if path.startswith("component_libraries/") else "ZelmCore"
+        # These too: a test may include a private header, or have a source compiled into its program once more.
+        return [library, *own_programs_of(path)]
 
     def has_same_code(self, path, original, changed):
         """Whether an optimising compiler makes the same of both texts: they can't behave differently then."""
@@ -155,7 +154,7 @@ class Workshop:
     def restore(self, path, original):
         """What the mutant went into beside the core library, is built again: at once, or when it is needed."""
         self.write(path, original)
-        if path.startswith("component_libraries/"):
-            self._outdated.update(self._targets(path))
-        elif is_widely_included(path):
+        if is_widely_included(path) and not path.startswith("component_libraries/"):
             self._compile(self._targets(path), "")
+        else:
+            self._outdated.update(self._targets(path))

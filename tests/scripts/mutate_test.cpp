@@ -49,13 +49,16 @@ public:
     }
 
     /// From here on a build takes nothing, unless its source matches `refused` (a pattern of grep), and each of its
-    /// test programs fails if the source doesn't match `expected`. They leave their names and filters in a file.
+    /// test programs fails if the source doesn't match `expected`. They leave their names and filters in a file, and
+    /// the build what it was asked for in another.
     void canBeBuilt(std::string const& expected, std::string const& refused = "nothing like this") const
     {
         tree_.writeProgram("scripts/setup", "exit 0");
         tree_.writeProgram("tools/cmake", "mkdir -p build/dev/bin && echo '[]' >build/dev/compile_commands.json");
         tree_.writeProgram("tools/ninja", "[ \"$1\" = -C ] && cd \"$2\" || exit 1\n"
-                                          "if grep -q '" +
+                                          "echo \"$*\" >>" +
+                                              tree_ / "built\n"
+                                                      "if grep -q '" +
                                               refused + "' ../../" + source_ +
                                               "; then\n"
                                               "    echo 'small.cpp:1:1: error: not like this'\n"
@@ -373,6 +376,10 @@ TEST(MutateScript, runsTheTestsOfTheFolderThenItsFurtherProgramsThenThoseOfItsUs
         {"zelm/metadata/element.cpp", {"zelm_metadata_tests", "zelm_msgs_tests", "zelm_components_tests"}},
         {"zelm/metadata/reader_json_fast.cpp",
          {"zelm_metadata_tests", "zelm_reader_memory_tests", "zelm_msgs_tests", "zelm_components_tests"}},
+        {"zelm/metadata/private/cell_heap.h",
+         {"zelm_metadata_tests", "zelm_metadata_cell_heap_tests", "zelm_metadata_cells_tests", "zelm_msgs_tests",
+          "zelm_components_tests"}},
+        {"zelm/metadata/cells.h", {"zelm_metadata_tests", "zelm_metadata_cells_tests"}},
         {"component_libraries/messaging/match/patterns.cpp", {"zelm_messaging_tests"}},
     };
     for (auto const& row : cases) {
@@ -391,6 +398,31 @@ TEST(MutateScript, runsTheTestsOfTheFolderThenItsFurtherProgramsThenThoseOfItsUs
         EXPECT_EQ(ran.size() % 3, 0u);
         EXPECT_EQ(programs, row.programs);
         EXPECT_TRUE(std::equal(ran.end() - third, ran.end(), ran.begin() + third));
+    }
+}
+
+TEST(MutateScript, buildsTheLibraryAndTheProgramsThatMayHaveAPartOfTheChangedFileInThem)
+{
+    struct Case {
+        char const* path;
+        char const* targets;
+    };
+    Case const cases[] = {
+        {"zelm/core/base64.cpp", "ZelmCore zelm_core_tests"},
+        {"zelm/metadata/element.h", "ZelmCore zelm_metadata_tests"},
+        {"zelm/metadata/private/cell_heap.h",
+         "ZelmCore zelm_metadata_cell_heap_tests zelm_metadata_cells_tests zelm_metadata_tests"},
+        {"component_libraries/messaging/match/patterns.cpp", "ZelmMessaging zelm_messaging_tests"},
+    };
+    for (auto const& row : cases) {
+        SCOPED_TRACE(row.path);
+        MutateScript const script(sourceWithSites(1), row.path);
+        script.canBeBuilt("return a");
+        script.run({"--all"});
+
+        auto const built = linesOf(script.fileIn("built"));
+        ASSERT_GE(built.size(), 2u);
+        EXPECT_THAT(built[1], MatchesRegex("-C [^ ]* -j [0-9]+ " + std::string(row.targets))) << "behind the first";
     }
 }
 
