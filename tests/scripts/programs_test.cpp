@@ -1,11 +1,14 @@
 // Which programs the scripts start, and how. In place of these are some that tell what they were started with.
 #include "script_tree.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 
 namespace Zelm::Testing {
+
+using ::testing::HasSubstr;
 
 namespace {
 
@@ -14,6 +17,26 @@ std::string pathBehind(std::string const& folder)
     auto const* const path = std::getenv("PATH");
     return folder + ':' + (path ? path : "/usr/bin:/bin");
 }
+
+/// Scripts whose builds do nothing, with a setarch that says that it was there.
+class StartedPrograms {
+public:
+    StartedPrograms()
+    {
+        tree.writeProgram("scripts/setup", "exit 0");
+        tree.writeProgram("tools/cmake", "exit 0");
+        tree.writeProgram("tools/ctest", "echo ctest \"$2\"");
+        tree.writeProgram("tools/setarch", "[ \"$1\" = -R ] && shift || exit 1\n"
+                                           "[ \"$1\" = true ] || echo not scattered:\n"
+                                           "exec \"$@\"");
+    }
+    ChildResult run(std::string const& script, std::vector<std::string> const& arguments) const
+    {
+        return tree.run(script, arguments, ChildOptions().set("PATH", pathBehind(tree / "tools")));
+    }
+
+    ScriptTree const tree;
+};
 
 }  // namespace
 
@@ -34,6 +57,19 @@ TEST(SetupScript, waitsForOthersTriesDownloadsAgainAndMindsListsThatCantBeFetche
     EXPECT_EQ(readFile(directory / "calls"), install + always + "update -o APT::Update::Error-Mode=any\n" + install);
     EXPECT_EQ(child.out, "setup: installing python3\n");
     EXPECT_EQ(child.status, 0) << child.err;
+}
+
+TEST(TestScript, keepsTheKernelFromScatteringProgramsWithSanitizersIfItMay)
+{
+    StartedPrograms const programs;
+    auto const run = [&] { return programs.run("scripts/test", {"dev", "asan", "tsan"}).out; };
+
+    EXPECT_EQ(run(), "== dev: building\n== dev: testing\nctest dev\n"
+                     "== asan: building\n== asan: testing\nnot scattered:\nctest asan\n"
+                     "== tsan: building\n== tsan: testing\nnot scattered:\nctest tsan\n");
+
+    programs.tree.writeProgram("tools/setarch", "exit 1");
+    EXPECT_THAT(run(), HasSubstr("== asan: testing\nctest asan\n"));
 }
 
 }  // namespace Zelm::Testing
