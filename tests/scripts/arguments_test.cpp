@@ -190,7 +190,7 @@ TEST(ScriptArguments, ofSoakAreChecked)
 
 TEST(ScriptArguments, ofFuzzAreChecked)
 {
-    auto const usage = std::string("; usage: scripts/fuzz [--help] [--seconds N] [--jobs N] ") +
+    auto const usage = std::string("; usage: scripts/fuzz [--help] [--seconds N] [--jobs N] [--seed N] ") +
                        "[--replay | --coverage | --list] [TARGET...]";
     auto const targets = linesOf(ScriptTree().run("scripts/fuzz", {"--list"}).out);
     auto const choices = "; choose from " + joined(targets);
@@ -204,11 +204,16 @@ TEST(ScriptArguments, ofFuzzAreChecked)
                    {{"--seconds", "0"}, "fuzz: --seconds doesn't take \"0\"; it takes a whole number from 1 on"},
                    {{"--seconds", "1.5"}, "fuzz: --seconds doesn't take \"1.5\"; it takes a whole number from 1 on"},
                    {{"--jobs", "010"}, "fuzz: --jobs doesn't take \"010\"; it takes a whole number from 1 on"},
+                   {{"--seed"}, "fuzz: --seed needs a value" + usage},
+                   {{"--seed", "0"}, "fuzz: --seed doesn't take \"0\"; it takes a whole number from 1 on"},
                    {{"--jobs", "99999999999999999999"},
                     "fuzz: --jobs doesn't take \"99999999999999999999\"; it takes a whole number from 1 on"}});
 
-    expectAccepted("scripts/fuzz",
-                   {{}, targets, {"--seconds", "1", "--jobs", "10"}, {"--replay", "base64"}, {"base64", "--coverage"}});
+    expectAccepted("scripts/fuzz", {{},
+                                    targets,
+                                    {"--seconds", "1", "--jobs", "10", "--seed", "7"},
+                                    {"--replay", "base64"},
+                                    {"base64", "--coverage"}});
 }
 
 TEST(ScriptArguments, listAllFuzzTargetsWithoutABuild)

@@ -9,6 +9,7 @@
 namespace Zelm::Testing {
 
 using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
 
 namespace {
 
@@ -70,6 +71,25 @@ TEST(TestScript, keepsTheKernelFromScatteringProgramsWithSanitizersIfItMay)
 
     programs.tree.writeProgram("tools/setarch", "exit 1");
     EXPECT_THAT(run(), HasSubstr("== asan: testing\nctest asan\n"));
+}
+
+TEST(FuzzScript, givesItsTargetsTheSeedThatItIsGiven)
+{
+    StartedPrograms const programs;
+    programs.tree.writeProgram("target", "echo \"$@\"");
+    programs.tree.writeProgram("tools/cmake",
+                               "mkdir -p build/fuzz/fuzz build/fuzz/bin\n"
+                               "echo 'base64|-only_ascii=1|zelm/core/base64.cpp' >build/fuzz/fuzz/targets\n"
+                               "cp target build/fuzz/bin/fuzz_base64");
+    auto const logOf = [&](std::vector<std::string> const& arguments) {
+        auto const child = programs.run("scripts/fuzz", arguments);
+        EXPECT_EQ(child.status, 0) << child.err;
+        return readFile(programs.tree / "build/fuzz/logs/base64.log");
+    };
+
+    EXPECT_THAT(logOf({"--seed", "7", "--seconds", "3", "base64"}),
+                MatchesRegex("not scattered:\n.* -timeout=120 .* -seed=7 .* -max_total_time=3 .*\n"));
+    EXPECT_THAT(logOf({"base64"}), HasSubstr(" -seed=0 ")) << "which stands for another one each time";
 }
 
 }  // namespace Zelm::Testing
