@@ -126,13 +126,16 @@ def measure():
         old.unlink()
     details = REPORT / "coverage.json"
     no_choice = "".join(f"(?!{re.escape(line)}$)" for line in lines_behind_an_operator()) + f"(?:{NO_CHOICE})"
-    status = run("gcovr", "--root", str(ROOT), "--filter", "zelm/", "--filter", "component_libraries/",
-                 "--exclude-throw-branches", "--exclude-unreachable-branches",
-                 "--exclude-branches-by-pattern", no_choice, "-j", str(os.cpu_count()),
-                 "--html-details", str(REPORT / "index.html"), "--html-title", "Coverage of ZelmCore",
-                 "--json", str(details), str(BUILD), stderr=subprocess.DEVNULL)
+    log = BUILD / "gcovr.log"
+    with log.open("w") as errors:
+        status = run("gcovr", "--root", str(ROOT), "--filter", "zelm/", "--filter", "component_libraries/",
+                     "--exclude-throw-branches", "--exclude-unreachable-branches",
+                     "--exclude-branches-by-pattern", no_choice, "-j", str(os.cpu_count()),
+                     "--html-details", str(REPORT / "index.html"), "--html-title", "Coverage of ZelmCore",
+                     "--json", str(details), str(BUILD), stderr=errors)
     if status or not details.exists():
-        raise Failure("gcovr fails; has the suite been run? (scripts/coverage)")
+        print(*log.read_text(errors="replace").splitlines()[-10:], sep="\n", file=sys.stderr)
+        raise Failure(f"gcovr fails, all it said is in {log.relative_to(ROOT)}; has the suite been run? (scripts/coverage)")
     return json.loads(details.read_text())["files"]
 
 
