@@ -19,19 +19,6 @@ using namespace Testing;
 using Group = MessageKey::HashingGroup;
 using Table = TableWith<MessageKey::Hasher>;
 
-/// Identifiers with each field one of 1, 2 and the wildcard.
-std::vector<unsigned long> smallIdentifiers()
-{
-    constexpr unsigned short values[] = {1, 2, any};
-    std::vector<unsigned long> result;
-    for (auto const category : values)
-        for (auto const sub1 : values)
-            for (auto const sub2 : values)
-                for (auto const type : values)
-                    result.push_back(Identifier::toValue(category, sub1, sub2, type));
-    return result;
-}
-
 /// Addresses of up to two of the parts "a", "b" and "".
 std::vector<Address> smallAddresses()
 {

@@ -244,13 +244,7 @@ TEST(FindCovering, findsSubscriptionsAtBothEndsOfALongAddressOrOneOfThemIfThatIs
 // The look-up works the rule out on the spot, without a call for each entry.
 TEST(FindCovering, rulesOutByTheIdentifierWhatTheIdentifierDoesNotCover)
 {
-    constexpr unsigned short fields[] = {1, 2, 0xFFFF};
-    std::vector<unsigned long> values;
-    for (auto const category : fields)
-        for (auto const sub1 : fields)
-            for (auto const sub2 : fields)
-                for (auto const type : fields)
-                    values.push_back(Identifier::toValue(category, sub1, sub2, type));
+    auto const values = smallIdentifiers();
 
     for (auto const pattern : values)
         for (auto const id : values)

@@ -22,4 +22,17 @@ inline MessagePtr message(unsigned long id, Address const& sender = {}, Address 
     return std::make_shared<Message>(id, sender, dest);
 }
 
+/// Identifiers with each field one of 1, 2 and the wildcard.
+inline std::vector<unsigned long> smallIdentifiers()
+{
+    constexpr unsigned short values[] = {1, 2, any};
+    std::vector<unsigned long> result;
+    for (auto const category : values)
+        for (auto const sub1 : values)
+            for (auto const sub2 : values)
+                for (auto const type : values)
+                    result.push_back(Identifier::toValue(category, sub1, sub2, type));
+    return result;
+}
+
 }  // namespace Zelm::Msgs::Testing
