@@ -222,5 +222,16 @@ TEST(CreateComponent, remembersAFactoryOnlyIfItStandsUnderItsLibrarysId)
                 "Error loading ComponentFactory: " + id + "\n");
 }
 
+TEST(CreateComponent, usesAFactoryThatIsTakenOutAsItComesInButDoesNotRememberIt)
+{
+    Installed const installation("takes_itself_out", {"Item"});
+    auto const id = TemporaryInstallation::libraryName("takes_itself_out") + "->Factory";
+
+    expectLines(installation, {"create Item", "find " + id, "create Item"},
+                {"factory starts", "factory ends", "Item(): made", "> create Item = #1 \"\"",
+                 "> find " + id + " = none", "factory starts", "factory ends", "Item(): made",
+                 "> create Item = #2 \"\""});
+}
+
 }  // namespace
 }  // namespace Zelm
