@@ -175,8 +175,11 @@ public:
     iterator end() { return first_ ? iterator(first_->last()->end(), first_->last()) : iterator(); }
     const_iterator end() const { return const_cast<Sequence*>(this)->end(); }
 
-    bool empty() const { return !first_ || first_->from == first_->to; }
-    std::size_t size() const { return first_ ? first_->table ? first_->table->size() : first_->to - first_->from : 0; }
+    bool empty() const noexcept { return !first_ || first_->from == first_->to; }
+    std::size_t size() const noexcept
+    {
+        return first_ ? first_->table ? first_->table->size() : first_->to - first_->from : 0;
+    }
 
     /// `index` is below the size.
     T& operator[](std::size_t index)
@@ -345,7 +348,7 @@ private:
 
         Entry* entries() { return reinterpret_cast<Entry*>(this + 1); }
 
-        std::size_t size()
+        std::size_t size() noexcept
         {
             Entry const& first = entries()[0];
             Entry const& last = entries()[count - 1];
