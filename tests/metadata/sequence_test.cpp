@@ -11,6 +11,7 @@
 #include <deque>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <random>
 #include <stdexcept>
 #include <type_traits>
@@ -36,6 +37,8 @@ using Testing::integer;
 using Testing::string;
 using Zelm::Testing::AllocationCount;
 using Zelm::Testing::failEachAllocationInTurn;
+using Zelm::Testing::FailingAllocation;
+using Zelm::Testing::Shortage;
 
 using Elements = Private::Sequence<Element>;
 
@@ -308,6 +311,31 @@ TEST(Sequence, refusesASizeBeyondAnyMemory)
     EXPECT_THROW(elements.resize(std::numeric_limits<std::size_t>::max()), std::length_error);
     EXPECT_THROW(elements.resize(std::numeric_limits<std::size_t>::max() / sizeof(Element)), std::length_error);
 
+    EXPECT_TRUE(elements == numbered(2));
+}
+
+// Block by block it would fill the machine's memory before it said so.
+TEST(Sequence, asksForAllMemoryBeforeItTakesTheFirstOfSeveralBlocks)
+{
+    constexpr std::size_t tooMany = std::size_t{1} << 40;
+    auto const allocationsUntilItFails = [](auto& sequence) {
+        FailingAllocation const end(1000, Shortage::Lasting);
+        AllocationCount const allocations;
+        try {
+            sequence.resize(tooMany);
+        } catch (std::bad_alloc const&) {
+            return allocations.made();
+        }
+        return 0UL;
+    };
+
+    Private::Sequence<Limited> limited;
+    limited.resize(3);
+    EXPECT_EQ(allocationsUntilItFails(limited), 1u);
+    EXPECT_EQ(limited.size(), 3u);
+
+    Elements elements = numbered(2);
+    EXPECT_EQ(allocationsUntilItFails(elements), 1u);
     EXPECT_TRUE(elements == numbered(2));
 }
 

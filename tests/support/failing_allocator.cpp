@@ -14,9 +14,15 @@ thread_local bool failureIsDue = false;
 thread_local bool failuresLast = false;
 thread_local bool somethingFailed = false;
 
+// More than any machine has at once. It is refused here, since some systems would grant it as long as nobody uses it,
+// and the sanitizers end the program.
+constexpr std::size_t tooMuch = std::size_t{1} << 40;
+
 void* allocate(std::size_t size) noexcept
 {
     ++allocations;
+    if (size >= tooMuch)
+        return nullptr;
     if (failureIsDue && successesLeft == 0) {
         failureIsDue = failuresLast;
         somethingFailed = true;

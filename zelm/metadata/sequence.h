@@ -143,6 +143,7 @@ public:
         if (other.empty())
             return;
         auto left = other.size();
+        expectMemoryFor(left);
         Block* block = addBack(left);
         for (T const& value : other) {
             if (block->to == block->capacity)
@@ -257,8 +258,10 @@ public:
         if (size > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / sizeof(T))
             throw std::length_error("A sequence can't be that long");
         auto const sizeBefore = this->size();
+        auto left = size > sizeBefore ? size - sizeBefore : 0;
+        expectMemoryFor(left);
         try {
-            for (auto left = size > sizeBefore ? size - sizeBefore : 0; left > 0;) {
+            while (left > 0) {
                 auto* const block = blockWithRoomBehind(left);
                 auto const count = std::min<std::size_t>(left, block->capacity - block->to);
                 std::uninitialized_value_construct_n(block->end(), count);
@@ -388,6 +391,14 @@ private:
     };
 
     // --------------------------------------------------------------------------------------------------- blocks
+
+    /// Throws std::bad_alloc if so many values take several blocks and the system wouldn't grant their memory at once:
+    /// block by block it would, until there is none left for anybody.
+    static void expectMemoryFor(std::size_t count)
+    {
+        if (count > longestBlock<T>)
+            giveCell(takeCell(count * sizeof(T)), count * sizeof(T));
+    }
 
     Block* makeBlock(std::size_t wanted) const
     {
