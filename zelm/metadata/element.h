@@ -21,6 +21,10 @@
 /// stack for each level, and to destroy it takes no memory either. A visitor that calls Accept for each part of what it
 /// visits does take stack, as does any function that calls itself.
 ///
+/// Memory that a thread took for its elements stays with that thread: where others destroy them, it is used again only
+/// when that thread needs more or has ended, so one that idles for long keeps what it needed at its peak. In a child
+/// made by fork, the memory of elements that other threads of the parent made is never used again.
+///
 /// References into an element (from operator[], a member, a cast) stay valid until that element is assigned, re-typed
 /// or destroyed. Inserting another member into an Object, or another element at either end of an Array, leaves them
 /// valid.

@@ -14,7 +14,9 @@
 ///    back to it tidies it up.
 ///
 /// So the memory that isn't in use is bounded: a heap keeps `mostSpareSlabs` and one slab for each size, and what other
-/// threads gave back since it last looked.
+/// threads gave back since it last looked. A thread that idles doesn't look, and others can't do it for the thread,
+/// which uses its heap without a lock. Nor can anybody in a child after fork look after the heaps of threads that
+/// aren't there any more: these may have been in the middle of something.
 ///
 /// If the program has an operator new of its own (isOperatorNewReplaced), no heap is made: each cell comes from there.
 ///
