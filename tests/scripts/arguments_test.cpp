@@ -150,8 +150,8 @@ TEST(ScriptArguments, ofTestArePresetsThatCTestCanBeGiven)
 
 TEST(ScriptArguments, ofSoakAreChecked)
 {
-    auto const usage = "; usage: scripts/soak [--help] [--preset PRESET] [--sensors N] [--seed N] [--patience SECONDS] "
-                       "[--break WHAT] [MINUTES]";
+    auto const usage = "; usage: scripts/soak [--help] [--preset NAME] [--sensors N] [--seed N] [--patience S] "
+                       "[--break WHAT | --prove] [MINUTES]";
     auto const noMinutes = [](std::string const& text) {
         return "soak: \"" + text + "\" is no number of minutes; they are above 0 and below 100000; fractions count";
     };
@@ -174,6 +174,8 @@ TEST(ScriptArguments, ofSoakAreChecked)
          {{"--preset", "arm64"}, "soak: there is no preset \"arm64\"" + choices},
          {{"--break", "nope"},
           "soak: there is no fault \"nope\"; choose from loss, duplicate, memory, descriptor, child, hang"},
+         {{"--break", "loss", "--prove"}, "soak: --prove and --break don't go together" + std::string(usage)},
+         {{"--prove", "--break", "hang"}, "soak: --prove and --break don't go together" + std::string(usage)},
          {{"--sensors", "3"}, "soak: --sensors doesn't take \"3\"; it takes a whole number from 4 to 10000"},
          {{"--sensors", "many"}, "soak: --sensors doesn't take \"many\"; it takes a whole number from 4 to 10000"},
          {{"--seed", "-1"}, "soak: --seed doesn't take \"-1\"; it takes a whole number from 0 on"},
@@ -184,6 +186,8 @@ TEST(ScriptArguments, ofSoakAreChecked)
                                     {"0.5"},
                                     {".5"},
                                     {"99999"},
+                                    {"--prove"},
+                                    {"--prove", "0.5", "--preset", "asan"},
                                     {"--preset", "tsan", "--sensors", "4", "--seed", "0", "--patience", "3600",
                                      "--break", "hang", "1."}});
 }

@@ -122,26 +122,26 @@ void Topology::openLog(std::string const& path)
     });
 }
 
-/// What the soak is asked to get wrong, in the middle of the run.
-void Topology::spoil(Message const& message)
+/// What the soak is asked to get wrong: once for all but memory, at the first ping. Each round ends with pings, so that
+/// one comes however slow the machine is and however short the run.
+void Topology::takeSpoilt(Message const& message)
 {
     if (settings_.broken == "memory")
         forgotten = new char[256]{static_cast<char>(handledByPump_)};
-    if (handledByPump_ != 5000)
-        return;
-    if (settings_.broken == "duplicate")
-        pumpLedger_.take(message);
-    while (settings_.broken == "hang")
+    bool const isFirstPing = !hasSpoiltAPing_ && HostMonitor::instanceIn(message.senderID()) == pingId;
+    hasSpoiltAPing_ = hasSpoiltAPing_ || isFirstPing;
+    while (isFirstPing && settings_.broken == "hang")
         std::this_thread::sleep_for(std::chrono::seconds(1));
+    if (isFirstPing && settings_.broken == "duplicate")
+        pumpLedger_.take(message);
+    if (!isFirstPing || settings_.broken != "loss")
+        pumpLedger_.take(message);
 }
 
 void Topology::takeAtPump(Message const& message)
 {
     ++handledByPump_;
-    spoil(message);
-    if (settings_.broken == "loss" && handledByPump_ == 5000)
-        return;
-    pumpLedger_.take(message);
+    takeSpoilt(message);
     if (auto const* const alarm = dynamic_cast<HostMonitor::AlarmMessage const*>(&message))
         if (HostMonitor::instanceIn(message.senderID()) == Flow::alarmId && alarm->sensor() != pingId &&
             (!alarm->raised() || alarm->readingSequence() != alarmLimit + 1))

@@ -82,7 +82,7 @@ private:
     void receive(HostMonitor::Receiver& receiver, Dispatcher const& dispatcher, std::string const& id,
                  std::function<void(Zelm::Msgs::Message const&)> take);
     void takeAtPump(Zelm::Msgs::Message const& message);
-    void spoil(Zelm::Msgs::Message const& message);
+    void takeSpoilt(Zelm::Msgs::Message const& message);
     void openLog(std::string const& path);
     void endAlarm();
     void endTable();
@@ -103,7 +103,8 @@ private:
     Ledger pumpLedger_;
     Ledger logLedger_;
     Ledger farLedger_;
-    unsigned long handledByPump_ = 0;  // the pump's alone
+    unsigned long handledByPump_ = 0;  // the pump's alone, as the next
+    bool hasSpoiltAPing_ = false;
     HostMonitor::Receiver pump_;
     HostMonitor::Receiver farPump_;
     std::shared_ptr<Zelm::Msgs::ForwarderInterface> wire_;
