@@ -12,10 +12,11 @@ namespace Soak {
 
 namespace {
 
-/// How much the heap may grow between the beginning and the end of what is judged. It is exact as long as the threads'
-/// caches of freed blocks, which count as handed out, are switched off (scripts/soak does it with GLIBC_TUNABLES): what
-/// is left are this program's own notes of its rounds.
-constexpr double heapGrowthKB = 64;
+/// How much the heap may grow between the beginning and the end of what is judged. The threads' caches of freed blocks,
+/// which count as handed out, are switched off (scripts/soak does it with GLIBC_TUNABLES). What is left are this
+/// program's own notes of its rounds, and the memory that threads keep to make elements of: how much of it lies idle
+/// goes by who was quick in a round, so that rounds differ by half a megabyte.
+constexpr double heapGrowthKB = 512;
 /// Resident memory isn't as exact: how many pages the allocator keeps goes by where in its arenas the last blocks of a
 /// round happen to lie, and by how much of the libraries' code has been used by now.
 constexpr double residentGrowthKB = 4096;
