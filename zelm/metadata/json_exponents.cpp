@@ -1,56 +1,111 @@
 #include "zelm/metadata/private/json_exponents.h"
 
 #include <algorithm>
-#include <cstddef>
 
 namespace Zelm::MetaData::Private {
 
 namespace {
 
-constexpr std::size_t mostExponentDigits = 8;
-constexpr char const* digits = "0123456789";
+constexpr std::string_view leastExponent = "99999999";  // behind a minus
+constexpr std::string_view largestExponent = "2147483647";
+constexpr char const* decimalDigits = "0123456789";
 
-std::size_t leadingZeros(std::string_view text)
+/// Where the first character stands from there on that is no digit, or the end.
+std::size_t behindDigits(std::string_view text, std::size_t from)
 {
-    return std::min(text.find_first_not_of('0'), text.size());
+    return std::min(text.find_first_not_of(decimalDigits, from), text.size());
 }
 
-/// Whether the sign stands behind the letter of an exponent that has too many digits.
-bool isOfTooLongAnExponent(std::string_view text, std::size_t sign)
+/// The same for zeros.
+std::size_t behindZeros(std::string_view text, std::size_t from)
 {
-    if (sign == 0 || (text[sign - 1] != 'e' && text[sign - 1] != 'E'))
-        return false;
-    auto exponent = text.substr(sign + 1);
-    exponent.remove_prefix(leadingZeros(exponent));
-    return exponent.substr(0, mostExponentDigits + 1).find_first_not_of(digits) == std::string_view::npos &&
-           exponent.size() > mostExponentDigits;
+    return std::min(text.find_first_not_of('0', from), text.size());
+}
+
+bool isLetterOfExponent(char character)
+{
+    return character == 'e' || character == 'E';
+}
+
+/// Both without leading zeros.
+bool isBeyond(std::string_view most, std::string_view exponent)
+{
+    return exponent.size() != most.size() ? exponent.size() > most.size() : exponent > most;
+}
+
+bool hasTooLongANegativeExponent(std::string_view text)
+{
+    for (auto sign = text.find('-'); sign < text.size(); sign = text.find('-', sign + 1)) {
+        if (sign == 0 || !isLetterOfExponent(text[sign - 1]))
+            continue;
+        auto const exponent = text.substr(behindZeros(text, sign + 1), leastExponent.size() + 1);
+        if (isBeyond(leastExponent, exponent.substr(0, behindDigits(exponent, 0))))
+            return true;
+    }
+    return false;
+}
+
+/// Whether as many zeros stand side by side: then one of them is where this looks.
+bool hasZeros(std::string_view text, std::size_t count)
+{
+    for (std::size_t at = count - 1; at < text.size(); at += count) {
+        if (text[at] != '0')
+            continue;
+        auto const first = text.find_last_not_of('0', at) + 1;  // 0 if there is none
+        if (behindZeros(text, at) - first >= count)
+            return true;
+    }
+    return false;
+}
+
+/// Appends what takes the place of the exponent whose letter stands in front of `from`, and returns where that ends; if
+/// it can stay, nothing and `from`.
+std::size_t replaceExponent(std::string_view text, std::size_t from, std::string& result)
+{
+    bool const hasSign = from < text.size() && (text[from] == '-' || text[from] == '+');
+    auto const most = hasSign && text[from] == '-' ? leastExponent : largestExponent;
+    auto const first = behindZeros(text, from + (hasSign ? 1 : 0));
+    auto const behind = behindDigits(text, first);
+    if (!isBeyond(most, text.substr(first, behind - first)))
+        return from;
+    result.append(text, from, hasSign ? 1 : 0).append(most);
+    return behind;
+}
+
+/// Appends the zeros from `from` on, where a point stands in front, and returns where they end; if they are too many,
+/// nothing and where all digits do.
+std::size_t replaceZeros(std::string_view text, std::size_t from, std::string& result, std::size_t tooMany)
+{
+    auto const behind = behindZeros(text, from);
+    if (behind - from > tooMany)
+        return behindDigits(text, behind);
+    result.append(text, from, behind - from);
+    return behind;
 }
 
 }  // namespace
 
-bool mayHaveTooLongAnExponent(std::string_view text)
+bool mayRunOver(std::string_view text, ZeroLimits const& zeros)
 {
-    for (auto sign = text.find('-'); sign < text.size(); sign = text.find('-', sign + 1))
-        if (isOfTooLongAnExponent(text, sign))
-            return true;
-    return false;
+    return hasZeros(text, zeros.many) || hasTooLongANegativeExponent(text);
 }
 
-std::string withoutTooLongExponents(std::string_view text)
+std::string madeSafe(std::string_view text, ZeroLimits const& zeros)
 {
     std::string result;
+    result.reserve(text.size());
     bool inString = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        result += text[i];
-        if (text[i] == '"') {
+    for (std::size_t i = 0; i < text.size();) {
+        char const character = text[i++];
+        result += character;
+        if (character == '"')
             inString = !inString;
-        } else if (inString && text[i] == '\\' && i + 1 < text.size()) {
-            result += text[++i];
-        } else if (!inString && text[i] == '-' && isOfTooLongAnExponent(text, i)) {
-            i += leadingZeros(text.substr(i + 1)) + 1;
-            result.append(text, i, mostExponentDigits);
-            i = std::min(text.find_first_not_of(digits, i), text.size()) - 1;
-        }
+        else if (inString && character == '\\' && i < text.size())
+            result += text[i++];
+        else if (!inString && isLetterOfExponent(character))
+            i = replaceExponent(text, i, result);
+        else if (!inString && character == '.')
+            i = replaceZeros(text, i, result, zeros.tooMany);
     }
     return result;
 }

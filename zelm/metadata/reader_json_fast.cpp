@@ -273,7 +273,7 @@ void ReaderJson::Read(Object& object, std::string const& text)
     auto const read = [&object](std::string const& safe) {
         return readMembers(JsonText(safe.c_str(), safe.c_str() + safe.size()), object);
     };
-    if (!(Private::mayHaveTooLongAnExponent(text) ? read(Private::withoutTooLongExponents(text)) : read(text)))
+    if (!(Private::mayRunOver(text) ? read(Private::madeSafe(text)) : read(text)))
         std::cout << "Read"
                   << ": Parser Error!" << std::endl;
 }
