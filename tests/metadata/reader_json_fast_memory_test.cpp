@@ -78,5 +78,31 @@ TEST(FastReaderOutOfMemory, isReportedForEachPieceOfTheParsersMemoryAndLeavesThe
     }
 }
 
+int newHandlerCalls = 0;
+
+TEST(FastReaderOutOfMemory, asksTheNewHandlerForMoreAsOperatorNewDoes)
+{
+    auto const& text = textsThatGrow[1].text;
+    Object expected;
+    ReaderJson::Read(expected, text);
+    auto const before = std::set_new_handler([] { ++newHandlerCalls; });
+
+    int failures = 0;
+    for (bool failed = true; failed;) {
+        Object target;
+        {
+            FailingMalloc const failing(static_cast<unsigned long>(failures));
+            ReaderJson::Read(target, text);
+            failed = failing.hasFailed();
+        }
+        failures += failed ? 1 : 0;
+        ASSERT_TRUE(spelledOut(target) == spelledOut(expected)) << "call " << failures;
+    }
+    std::set_new_handler(before);
+
+    EXPECT_GT(failures, 10);
+    EXPECT_EQ(newHandlerCalls, failures);
+}
+
 }  // namespace
 }  // namespace Zelm::MetaData

@@ -1,5 +1,7 @@
 #include "zelm/metadata/private/cell_heap.h"
 
+#include "zelm/metadata/private/asked_memory.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <new>
@@ -30,18 +32,14 @@ struct ThreadEnds {
     bool watch(CellHeap* heap) const { return !exists || pthread_setspecific(key, heap) == 0; }
 } threadEnds;
 
-/// As operator new does. Not by operator new, which rounds the size up to a multiple of the alignment: slabs that leave
-/// room for the allocator's own word in front of each lie side by side.
+/// Not by operator new, which rounds the size up to a multiple of the alignment: slabs that leave room for the
+/// allocator's own word in front of each lie side by side.
 void* newSlabMemory(std::size_t size)
 {
-    void* memory = nullptr;
-    while (posix_memalign(&memory, size, size - sizeof(void*)) != 0) {
-        auto const handler = std::get_new_handler();
-        if (!handler)
-            throw std::bad_alloc();
-        handler();
-    }
-    return memory;
+    return askedMemory([size]() -> void* {
+        void* memory = nullptr;
+        return posix_memalign(&memory, size, size - sizeof(void*)) == 0 ? memory : nullptr;
+    });
 }
 
 }  // namespace

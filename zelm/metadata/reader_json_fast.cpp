@@ -1,5 +1,6 @@
 #include "zelm/metadata/reader_json.h"
 
+#include "zelm/metadata/private/asked_memory.h"
 #include "zelm/metadata/private/assembler.h"
 #include "zelm/metadata/private/json_exponents.h"
 #include "zelm/metadata/private/json_text.h"
@@ -13,7 +14,6 @@
 #include <cstdlib>
 #include <iostream>
 #include <limits>
-#include <new>
 #include <numeric>
 #include <string>
 #include <utility>
@@ -37,9 +37,7 @@ public:
             return nullptr;
         }
         // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): see above
-        if (void* const memory = std::realloc(old, size))
-            return memory;
-        throw std::bad_alloc();
+        return Private::askedMemory([old, size] { return std::realloc(old, size); });
     }
     static void Free(void* memory) { std::free(memory); }  // NOLINT(cppcoreguidelines-no-malloc): see above
 };
