@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <cstddef>
@@ -19,8 +20,9 @@
 
 #include <malloc.h>
 
-// How many of the next slabs can't be had.
+// How many of the next slabs, and of the next heaps, can't be had.
 static thread_local int slabsToFail = 0;
+static thread_local int heapsToFail = 0;
 
 // Instead of the system's, for slabs and nothing else here.
 extern "C" int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept
@@ -28,6 +30,26 @@ extern "C" int posix_memalign(void** memory, std::size_t alignment, std::size_t 
     *memory = slabsToFail > 0 ? nullptr : memalign(alignment, size);
     slabsToFail -= slabsToFail > 0 ? 1 : 0;
     return *memory ? 0 : ENOMEM;
+}
+
+// With its counterparts, for a sanitizer that tells them from its own.
+void* operator new(std::size_t size)
+{
+    while (heapsToFail > 0 && size == sizeof(Zelm::MetaData::Private::CellHeap)) {
+        --heapsToFail;
+        std::get_new_handler()();
+    }
+    if (void* const memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept
+{
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
 }
 
 namespace Zelm::MetaData::Private {
@@ -185,6 +207,45 @@ TEST(CellHeapOutOfMemory, asksTheHandlerForMoreAsOperatorNewDoes)
     EXPECT_EQ(handlerCalls, 3);
     EXPECT_NE(cells.back(), nullptr);
     giveAll(cells);
+}
+
+std::atomic<int> cellsTakenByHandler{0};
+thread_local void* takenByHandler = nullptr;
+
+TEST(CellHeapOutOfMemory, leavesTheThreadTheHeapThatTheHandlerGotForIt)
+{
+    auto const slabs = CellHeap::slabsInAll();
+    auto const before = std::set_new_handler([] {
+        takenByHandler = CellHeap::take(24);
+        ++cellsTakenByHandler;
+    });
+    constexpr int count = 30;  // more than have ended before and left heaps
+    std::mutex mutex;
+    std::condition_variable haveAllTaken;
+    int haveTaken = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i) {
+        threads.emplace_back([&] {
+            heapsToFail = 1;
+            Taken const taken = take(40, 1);
+            heapsToFail = 0;
+            {
+                std::unique_lock lock(mutex);
+                ++haveTaken;
+                haveAllTaken.notify_all();
+                haveAllTaken.wait(lock, [&] { return haveTaken == count; });
+            }
+            EXPECT_TRUE(give(taken));
+            if (takenByHandler)
+                CellHeap::give(takenByHandler, 24);
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    std::set_new_handler(before);
+
+    EXPECT_GT(cellsTakenByHandler, 0);
+    EXPECT_EQ(CellHeap::slabsInAll(), slabs);
 }
 
 TEST(CellHeapOfAThreadThatEnds, isLeftToTheNextOneAndKeepsNothingThatIsNotInUse)

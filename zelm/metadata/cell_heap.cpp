@@ -261,6 +261,10 @@ bool CellHeap::adopt()
         heap = heap->nextHeap;
     if (!heap) {
         heap = new CellHeap;
+        if (current != &nobody) {  // the new handler was called and has used elements
+            delete heap;
+            return true;
+        }
         heap->nextHeap = heaps.load(std::memory_order_relaxed);
         while (
             !heaps.compare_exchange_weak(heap->nextHeap, heap, std::memory_order_release, std::memory_order_relaxed)) {
