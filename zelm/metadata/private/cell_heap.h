@@ -11,12 +11,16 @@
 ///  - A cell that another thread gives back is put on a list of the heap's, without a lock, which the heap's thread
 ///    takes over whenever it would need another slab. So what one thread makes and others drop doesn't pile up.
 ///  - A thread that ends leaves its heap behind for the next one that needs a heap. Until then, whoever gives a cell
-///    back to it tidies it up.
+///    back to it tidies it up. A destructor of thread-specific data that goes on using elements through all the rounds
+///    that the system allows leaves the heap of the last round owned for good.
+///  - Heaps and their slabs outlive the library, as their cells may still be in use: each time that it is loaded and
+///    unloaded leaves some behind.
 ///
-/// So the memory that isn't in use is bounded: a heap keeps `mostSpareSlabs` and one slab for each size, and what other
-/// threads gave back since it last looked. A thread that idles doesn't look, and others can't do it for the thread,
-/// which uses its heap without a lock. Nor can anybody in a child after fork look after the heaps of threads that
-/// aren't there any more: these may have been in the middle of something.
+/// So the slabs without cells in use are bounded: a heap keeps `mostSpareSlabs` and one slab for each size, and what
+/// other threads gave back since it last looked. A slab with a single cell in use stays whole. A thread that idles
+/// doesn't look, and others can't do it for the thread, which uses its heap without a lock. Nor can anybody in a child
+/// after fork look after the heaps of threads that aren't there any more: these may have been in the middle of
+/// something.
 ///
 /// If the program has an operator new of its own (isOperatorNewReplaced), no heap is made: each cell comes from there.
 ///
