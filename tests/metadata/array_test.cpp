@@ -81,6 +81,7 @@ TEST(Array, staysAsItWasIfItCanNeverBeThatLong)
     EXPECT_THROW(elements[std::numeric_limits<unsigned long>::max()], std::length_error);
     EXPECT_THROW(elements[std::numeric_limits<unsigned long>::max() - 1], std::length_error);
     EXPECT_THROW(elements.resize(std::numeric_limits<unsigned long>::max()), std::length_error);
+    EXPECT_THROW(elements.reserve(std::numeric_limits<unsigned long>::max()), std::length_error);
 
     EXPECT_EQ(elements, array({integer(1)}));
 }

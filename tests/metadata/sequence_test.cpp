@@ -314,6 +314,38 @@ TEST(Sequence, refusesASizeBeyondAnyMemory)
     EXPECT_TRUE(elements == numbered(2));
 }
 
+TEST(Sequence, refusesToReserveBeyondAnyMemory)
+{
+    Elements empty;
+    Elements elements = numbered(2);
+    for (Elements* const sequence : {&empty, &elements}) {
+        EXPECT_THROW(sequence->reserve(std::numeric_limits<std::size_t>::max()), std::length_error);
+        EXPECT_THROW(sequence->reserve(std::numeric_limits<std::size_t>::max() / sizeof(Element)), std::length_error);
+    }
+
+    EXPECT_TRUE(empty == Elements());
+    EXPECT_TRUE(elements == numbered(2));
+}
+
+TEST(Sequence, reservesABlockAsLongAsThereCanBeOneForMoreValues)
+{
+    for (std::size_t const size : {std::size_t{7}, std::size_t{8}, std::size_t{9}, std::size_t{1} << 40}) {
+        SCOPED_TRACE(size);
+        Private::Sequence<Limited> limited;
+        limited.reserve(size);
+
+        AllocationCount const allocations;
+        for (int i = 0; i < 8; ++i)
+            limited.insert(limited.end(), Limited());
+        auto const madeForABlock = allocations.made();
+        limited.insert(limited.end(), Limited());
+        auto const madeForOneMore = allocations.made();
+
+        EXPECT_EQ(madeForABlock, 0u);
+        EXPECT_GT(madeForOneMore, 0u);
+    }
+}
+
 // Block by block it would fill the machine's memory before it said so.
 TEST(Sequence, asksForAllMemoryBeforeItTakesTheFirstOfSeveralBlocks)
 {

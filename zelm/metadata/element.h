@@ -472,12 +472,15 @@ public:
 
     /// Removes the element there and returns where the one behind it stands.
     iterator erase(iterator position);
-    void resize(unsigned long size);  ///< new elements are Null
+    /// New elements are Null. If memory runs out, the Array is as it was; std::length_error says that no memory could
+    /// ever hold that many.
+    void resize(unsigned long size);
     void clear();
-    /// Takes memory for that many elements at once, if the Array is a new one, or was cleared; else it does nothing.
+    /// Takes memory for that many elements at once, or for 2^32 - 2 if they are more, if the Array is a new one, or was
+    /// cleared; else it takes none. Throws as resize does.
     void reserve(unsigned long size);
 
-    /// The element there; an Array that is too short is extended with Nulls.
+    /// The element there; an Array that is too short is extended with Nulls, as resize does it.
     Element& operator[](unsigned long index);
     /// Throws Zelm::Exception::InvalidParameter "Array out of bounds".
     Element const& operator[](unsigned long index) const;

@@ -190,10 +190,11 @@ public:
     }
     T const& operator[](std::size_t index) const { return const_cast<Sequence&>(*this)[index]; }
 
-    /// Takes memory for that many values at once, if nothing was taken yet; a sequence that holds values already, or
-    /// has held any since it was cleared, stays as it is.
+    /// Takes one block for that many values, or for `longestBlock` if they are more, if nothing was taken yet; a
+    /// sequence that holds values already, or has held any since it was cleared, stays as it is.
     void reserve(std::size_t size)
     {
+        expectPossible(size);
         if (!first_ && size != 0)
             addBack(size);
     }
@@ -255,8 +256,7 @@ public:
     /// New values are default ones.
     void resize(std::size_t size)
     {
-        if (size > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / sizeof(T))
-            throw std::length_error("A sequence can't be that long");
+        expectPossible(size);
         auto const sizeBefore = this->size();
         auto left = size > sizeBefore ? size - sizeBefore : 0;
         expectMemoryFor(left);
@@ -392,6 +392,13 @@ private:
 
     // --------------------------------------------------------------------------------------------------- blocks
 
+    /// Throws std::length_error if no memory could ever hold so many values.
+    static void expectPossible(std::size_t count)
+    {
+        if (count > static_cast<std::size_t>(std::numeric_limits<std::ptrdiff_t>::max()) / sizeof(T))
+            throw std::length_error("A sequence can't be that long");
+    }
+
     /// Throws std::bad_alloc if so many values take several blocks and the system wouldn't grant their memory at once:
     /// block by block it would, until there is none left for anybody.
     static void expectMemoryFor(std::size_t count)
@@ -404,9 +411,10 @@ private:
     {
         constexpr std::size_t cellful = (128 - sizeof(Block)) / sizeof(T) / 2 * 2;
         std::size_t const alreadyThere = size();
-        std::size_t const capacity = std::max(wanted, alreadyThere == 0 ? 0 : std::max(cellful, alreadyThere));
+        std::size_t const enough = std::max(wanted, alreadyThere == 0 ? 0 : std::max(cellful, alreadyThere));
+        std::size_t const capacity = std::min(enough, longestBlock<T>);
         // An even one: the allocator hands out multiples of two words, less one.
-        return Block::make(std::min(capacity + capacity % 2, longestBlock<T>));
+        return Block::make(capacity + capacity % 2);
     }
 
     /// Room for another entry.
