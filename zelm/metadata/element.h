@@ -242,6 +242,8 @@ public:
 
     /// Same kind and same value; across kinds, a Number equals the Integer that is its floor (3.999 equals 3, -0.5
     /// equals -1), in both orders, and nothing else is equal. Not transitive.
+    /// Throws nothing but std::bad_alloc, and that only for more than 32 containers that lie inside of one another:
+    /// from there on, how far the comparison has come is kept in memory of its own.
     bool operator==(Element const& other) const;
     bool operator!=(Element const& other) const { return !(*this == other); }
 
@@ -426,6 +428,7 @@ public:
         return elementOf(name);
     }
 
+    /// The same members in all; throws as that of Element does.
     bool operator==(Object const& other) const { return members_ == other.members_; }
     bool operator!=(Object const& other) const { return !(*this == other); }
 
@@ -485,6 +488,7 @@ public:
     /// Throws Zelm::Exception::InvalidParameter "Array out of bounds".
     Element const& operator[](unsigned long index) const;
 
+    /// The same elements in the same order; throws as that of Element does.
     // NOLINTNEXTLINE(misc-no-recursion): see private/nesting.h
     bool operator==(Array const& other) const { return elements_ == other.elements_; }
     bool operator!=(Array const& other) const { return !(*this == other); }

@@ -100,12 +100,15 @@ public:
     /// in the text the last one wins, and all other members stay.
     ///  - A number without fraction and exponent that fits 64 bits is an Integer, any other a Number. From 2^63 up to
     ///    2^64 - 1 the bits are taken over, which gives a negative Integer.
-    ///  - A Number may differ from the correctly rounded one in the last places.
+    ///  - A Number may differ from the correctly rounded one in the last places. One with more than two thousand
+    ///  million
+    ///    zeros right behind its point is taken for no number.
     ///  - "\u" escapes are decoded to UTF-8, and a name or string ends at its first NUL ("\u0000").
     ///
-    /// Throws nothing but the allocator's exceptions, and tells the caller nothing. A text that doesn't parse leaves
-    /// the target as it was and gives the line "Read: Parser Error!" on standard output; one whose value is no object
-    /// leaves it as it was without a word. Depth takes memory alone, and no stack for each level.
+    /// Throws nothing but the allocator's exceptions, and what std::cout is set to throw when the line below is written
+    /// there; tells the caller nothing else. A text that doesn't parse leaves the target as it was and gives the line
+    /// "Read: Parser Error!" on standard output; one whose value is no object leaves it as it was without a word. Depth
+    /// takes memory alone, and no stack for each level.
     ZELM_EXPORT static void Read(Object& object, std::string const& text);
 };
 

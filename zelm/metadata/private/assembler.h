@@ -17,7 +17,8 @@ namespace Zelm::MetaData::Private {
 
 class Assembler {
 public:
-    /// The elements from `parts` on, which are Null then. Throws std::bad_alloc, and `parts` are as they were.
+    /// The elements from `parts` on, which are Null then. Throws std::bad_alloc, and `parts` are as they were, but for
+    /// those that went into a block before the last one, if they are too many for one block.
     static Element array(Element* parts, std::size_t count);
 
     /// The members names[order[i]], parts[order[i]]: their names come in strictly rising order, by NameOrder. Throws
