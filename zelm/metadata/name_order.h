@@ -11,8 +11,7 @@
 /// with zeros behind the end of a shorter name. Where these numbers differ, they say the same as the plain rule:
 ///  - The highest byte in which they differ is the first byte in which the names do, if both names reach that far.
 ///  - If one name ends before that byte, it is equal to the other one up to its end, and is the shorter one, so it
-///  comes
-///    first by the plain rule. Its number has a zero there and the other one's hasn't, so it is the smaller one.
+///    comes first by the plain rule. Its number has a zero there and the other one's hasn't, so it is the smaller.
 /// Where they are equal, the plain rule decides: the names are equal so far, or differ in NUL bytes and in their
 /// length.
 ///
