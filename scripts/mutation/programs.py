@@ -48,9 +48,10 @@ _LONG = {
 # Further programs of a folder, with the sources (without their endings) that they are there for.
 _FURTHER_PROGRAMS = {
     "metadata": [
-        ("reader_memory", "reader_json_fast level_stack"),
-        ("metadata_cell_heap", "cell_heap"),
+        ("reader_memory", "reader_json_fast level_stack asked_memory"),
+        ("metadata_cell_heap", "cell_heap asked_memory"),
         ("metadata_cells", "cell_heap cells operator_new"),
+        ("metadata_fixed_place", "operator_new"),
     ]
 }
 _LEFT_OUT = {
