@@ -32,8 +32,9 @@ extern "C" int posix_memalign(void** memory, std::size_t alignment, std::size_t 
     return *memory ? 0 : ENOMEM;
 }
 
-// With its counterparts, for a sanitizer that tells them from its own.
-void* operator new(std::size_t size)
+// With its counterparts, for a sanitizer that tells them from its own. None of them is compiled into its callers: the
+// compiler would take one that it sees through for no counterpart of those that it doesn't.
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     while (heapsToFail > 0 && size == sizeof(Zelm::MetaData::Private::CellHeap)) {
         --heapsToFail;
@@ -43,11 +44,11 @@ void* operator new(std::size_t size)
         return memory;
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept
+[[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
-void operator delete(void* memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
