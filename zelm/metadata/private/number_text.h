@@ -19,7 +19,8 @@ bool isSubnormal(double number);
 
 /// Writes what printf's "%.20g" does in the "C" locale, rounding to nearest: the same as
 /// std::to_chars(at, at + longestNumberText, number, std::chars_format::general, significantDigits), in a fraction of
-/// the time for most numbers that people have to do with. The Number mustn't be subnormal. Returns where the text ends and writes nothing behind it.
+/// the time for most numbers that people have to do with. The Number mustn't be subnormal. Returns where the text ends
+/// and writes nothing behind it.
 char* writeNumber(char* at, double number);
 
 }  // namespace Zelm::MetaData::Private
